@@ -1,0 +1,1 @@
+#include "common/parser_regex.h"

@@ -1,0 +1,1 @@
+#include "common/personal_codes.h"

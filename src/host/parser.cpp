@@ -1,0 +1,93 @@
+#include "qvx/parser.h"
+
+#include "qvx/contract.h"
+#include "vin/vin_parser.h"
+
+namespace qvx {
+
+namespace {
+
+// The concrete parser of a format, or null while that format is not built yet.
+std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
+    switch (format) {
+        case ParserDataFormat::Vin: return std::make_unique<parser::VinParser>();
+        case ParserDataFormat::Gs1Ai:
+        case ParserDataFormat::Hibc:
+        case ParserDataFormat::Dlid:
+        case ParserDataFormat::Mrtd:
+        case ParserDataFormat::SwissQr:
+        case ParserDataFormat::UsUsid:
+        case ParserDataFormat::IataBcbp:
+        case ParserDataFormat::Gs1DigitalLink: return nullptr;
+    }
+    return nullptr;
+}
+
+bool isInFormatTable(ParserDataFormat format) {
+    for (const auto& entry : parser::dataFormatTable()) {
+        if (entry.first == format) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+Parser::Parser(std::unique_ptr<parser::BcParser> concrete, std::shared_ptr<ParserEventSink> sink,
+               ParserDataFormat format)
+    : core::TrovaneComponent(Kind::Parser),
+      parser_(std::move(concrete)),
+      eventSink_(std::move(sink)),
+      format_(format) {}
+
+bool Parser::isFormatAvailable(ParserDataFormat format) {
+    return makeConcreteParser(format) != nullptr;
+}
+
+bar::result<std::shared_ptr<Parser>, std::string> Parser::create(
+    const std::shared_ptr<core::Context>& context, ParserDataFormat format) {
+    using Result = bar::result<std::shared_ptr<Parser>, std::string>;
+    if (!isInFormatTable(format)) {
+        return Result::failure("unknown data format: " +
+                               std::to_string(static_cast<int>(format)));
+    }
+    auto concrete = makeConcreteParser(format);
+    if (!concrete) {
+        return Result::failure("the format '" + parser::dataFormatName(format) +
+                               "' is not supported by this build yet");
+    }
+    auto sink = context ? context->eventSink() : nullptr;
+    return Result::success(
+        std::shared_ptr<Parser>(new Parser(std::move(concrete), std::move(sink), format)));
+}
+
+ParseOutcome Parser::parse(const std::string& bytes) {
+    std::unique_ptr<parser::ParserResult> result = parser_->parse(ParserStringRef(bytes));
+    ParseOutcome outcome =
+        result->error ? ParseOutcome::failure(std::move(result->error))
+                      : ParseOutcome::success(std::make_shared<parser::ParsedData>(std::move(*result)));
+    result.reset();
+    reportParseEvent(outcome);
+    return outcome;
+}
+
+bar::result<void, std::string> Parser::setOptions(const std::string& json) {
+    auto outcome = parser_->readOptionsFromJSONString(json);
+    if (outcome->ok) return bar::result<void, std::string>::success();
+    return bar::result<void, std::string>::failure(std::move(outcome->error));
+}
+
+void Parser::reportParseEvent(const ParseOutcome& outcome) const {
+    if (!eventSink_) return;
+    nlohmann::json payload = {
+        {"format", parser::dataFormatName(format_)},
+        {"operation", "string"},
+        {"success", outcome.ok()},
+        {"error", outcome.ok() ? nlohmann::json(nullptr) : nlohmann::json(outcome.error()->message)},
+        {"options", parser_->optionsToJSON()},
+    };
+    auto value = core::JsonValue::fromNlohmannJson(payload);
+    QVX_REQUIRE(value != nullptr, "precondition failed: json != nullptr");
+    eventSink_->send(kParseEventId, *value);
+}
+
+}  // namespace qvx
