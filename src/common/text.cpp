@@ -1,1 +1,391 @@
 #include "common/text.h"
+
+#include <array>
+#include <cstring>
+#include <locale>
+#include <sstream>
+#include <utility>
+
+#include "qvx/contract.h"
+
+namespace parser {
+
+namespace {
+
+constexpr std::size_t kCharsetCount = 8;
+
+constexpr bool isDigit(unsigned char b) {
+    return b >= '0' && b <= '9';
+}
+constexpr bool isUpper(unsigned char b) {
+    return b >= 'A' && b <= 'Z';
+}
+constexpr bool isLower(unsigned char b) {
+    return b >= 'a' && b <= 'z';
+}
+
+// One row per set, in the order of the enumeration.
+constexpr bool belongs(unsigned char b, std::size_t charset) {
+    switch (charset) {
+        case 0:  // numeric
+            return isDigit(b);
+        case 1:  // decimal
+            return isDigit(b) || b == '.';
+        case 2:  // alphabetic
+            return isUpper(b) || isLower(b);
+        case 3:  // alphanumeric
+            return isDigit(b) || isUpper(b) || isLower(b);
+        case 4:  // general
+            return true;
+        case 5:  // dlid special: blank and punctuation, but not '$'
+            return (b >= 0x20 && b <= 0x23) || (b >= 0x25 && b <= 0x2F) ||
+                   (b >= 0x3A && b <= 0x40) || (b >= 0x5B && b <= 0x60);
+        case 6:  // vin: I, O and Q are left out because they read as 1 and 0
+            return isDigit(b) || (isUpper(b) && b != 'I' && b != 'O' && b != 'Q');
+        case 7:  // limited extended ascii
+            return b >= 0xC0;
+        default:
+            return false;
+    }
+}
+
+// Bit n of entry b is set when byte b belongs to set n.
+constexpr std::array<std::uint8_t, 256> buildMembership() {
+    std::array<std::uint8_t, 256> table{};
+    for (std::size_t b = 0; b < 256; ++b) {
+        std::uint8_t bits = 0;
+        for (std::size_t c = 0; c < kCharsetCount; ++c) {
+            if (belongs(static_cast<unsigned char>(b), c))
+                bits |= static_cast<std::uint8_t>(1u << c);
+        }
+        table[b] = bits;
+    }
+    return table;
+}
+
+constexpr std::array<std::uint8_t, 256> kMembership = buildMembership();
+
+constexpr std::array<const char*, kCharsetCount> kCharsetNames = {
+    "numeric", "decimal",      "alphabetic", "alphanumeric",
+    "general", "dlid special", "vin",        "limited extended ascii",
+};
+
+using CharPair = std::pair<char, char>;
+
+// Scanners confuse these shapes; a field known to hold letters gets the letter back.
+constexpr CharPair kDigitToLetter[] = {
+    {'0', 'O'}, {'1', 'I'}, {'2', 'Z'}, {'6', 'G'}, {'8', 'B'},
+};
+
+// And a field known to hold digits gets the digit back. D is read as 0 here,
+// while 0 goes back to O above: the maps are deliberately not inverses.
+constexpr CharPair kLetterToDigit[] = {
+    {'B', '8'}, {'D', '0'}, {'G', '6'}, {'I', '1'}, {'O', '0'},
+};
+
+template <std::size_t N>
+constexpr std::array<char, 256> buildByteMap(const CharPair (&pairs)[N]) {
+    std::array<char, 256> map{};
+    for (std::size_t b = 0; b < 256; ++b)
+        map[b] = static_cast<char>(static_cast<unsigned char>(b));
+    for (const CharPair& p : pairs)
+        map[static_cast<unsigned char>(p.first)] = p.second;
+    return map;
+}
+
+constexpr std::array<char, 256> kDigitToLetterMap = buildByteMap(kDigitToLetter);
+constexpr std::array<char, 256> kLetterToDigitMap = buildByteMap(kLetterToDigit);
+
+std::string mapBytes(const std::string& text, const std::array<char, 256>& map) {
+    std::string out(text);
+    for (char& c : out)
+        c = map[static_cast<unsigned char>(c)];
+    return out;
+}
+
+template <typename List>
+bool anyAccepts(unsigned char byte, const List& charsets) {
+    for (Charset c : charsets) {
+        if (isCharInCharset(byte, c))
+            return true;
+    }
+    return false;
+}
+
+template <typename List>
+bool allInCharsets(const char* begin, const char* end, const List& charsets) {
+    QVX_GUARD(charsets.size() != 0, "charset list must not be empty");
+    if (begin == end)
+        return false;
+    for (const char* p = begin; p != end; ++p) {
+        if (!anyAccepts(static_cast<unsigned char>(*p), charsets))
+            return false;
+    }
+    return true;
+}
+
+bool inSet(char c, std::string_view set) {
+    return set.find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+bool isCharInCharset(unsigned char byte, Charset charset) {
+    const auto index = static_cast<std::size_t>(charset);
+    if (index >= kCharsetCount)
+        return false;
+    return (kMembership[byte] >> index) & 1u;
+}
+
+bool isCharInAnyCharset(unsigned char byte, std::initializer_list<Charset> charsets) {
+    QVX_GUARD(charsets.size() != 0, "charset list must not be empty");
+    return anyAccepts(byte, charsets);
+}
+
+bool isCharInAnyCharset(unsigned char byte, const std::vector<Charset>& charsets) {
+    QVX_GUARD(!charsets.empty(), "charset list must not be empty");
+    return anyAccepts(byte, charsets);
+}
+
+bool isInCharsets(const char* begin, const char* end, std::initializer_list<Charset> charsets) {
+    return allInCharsets(begin, end, charsets);
+}
+
+bool isInCharsets(const char* begin, const char* end, const std::vector<Charset>& charsets) {
+    return allInCharsets(begin, end, charsets);
+}
+
+bool isInCharset(const char* begin, const char* end, Charset charset) {
+    return isInCharsets(begin, end, {charset});
+}
+
+const char* charsetName(Charset charset) {
+    const auto index = static_cast<std::size_t>(charset);
+    return index < kCharsetCount ? kCharsetNames[index] : "";
+}
+
+std::size_t utf8Length(const char* begin, const char* end) {
+    std::size_t count = 0;
+    for (const char* p = begin; p != end; ++p) {
+        if ((static_cast<unsigned char>(*p) & 0xC0) != 0x80)
+            ++count;
+    }
+    return count;
+}
+
+char transformDigitToLetter(char c) {
+    return kDigitToLetterMap[static_cast<unsigned char>(c)];
+}
+char transformLetterToDigit(char c) {
+    return kLetterToDigitMap[static_cast<unsigned char>(c)];
+}
+
+std::string transformDigitsToLetters(const std::string& text) {
+    return mapBytes(text, kDigitToLetterMap);
+}
+
+std::string transformLettersToDigits(const std::string& text) {
+    return mapBytes(text, kLetterToDigitMap);
+}
+
+char noTransform(char c) {
+    return c;
+}
+std::string noTransformStr(const std::string& text) {
+    return text;
+}
+
+bool isCSpace(unsigned char byte) noexcept {
+    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\v' || byte == '\f' ||
+           byte == '\r';
+}
+
+std::vector<ParserStringRef> splitBySubstring(ParserStringRef text, std::string_view separator) {
+    std::vector<ParserStringRef> pieces;
+    // An empty separator would match everywhere without moving on; treat it as absent.
+    if (separator.empty()) {
+        pieces.push_back(text);
+        return pieces;
+    }
+    std::size_t start = 0;
+    for (;;) {
+        const char* hit = text.find_substring(separator, start);
+        if (hit == text.end())
+            break;
+        const std::size_t at = text.offsetOf(hit);
+        pieces.push_back(text.slice(start, at));
+        start = at + separator.size();
+    }
+    pieces.push_back(text.drop_front(start));
+    return pieces;
+}
+
+std::size_t countOccurrences(ParserStringRef text, std::string_view sequence) {
+    if (sequence.empty())
+        return 0;
+    std::size_t count = 0;
+    std::size_t from = 0;
+    for (;;) {
+        const char* hit = text.find_substring(sequence, from);
+        if (hit == text.end())
+            break;
+        ++count;
+        from = text.offsetOf(hit) + 1;  // overlapping occurrences count
+    }
+    return count;
+}
+
+void splitByChar(const std::string& text, char delimiter, std::vector<std::string>& pieces) {
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t at = text.find(delimiter, start);
+        if (at == std::string::npos) {
+            pieces.push_back(text.substr(start));
+            break;
+        }
+        pieces.push_back(text.substr(start, at - start));
+        start = at + 1;
+    }
+}
+
+void trimWhitespace(std::string& text) {
+    const ParserStringRef kept = trimWhitespace(ParserStringRef(text));
+    const auto head = static_cast<std::size_t>(kept.begin() - text.data());
+    text = text.substr(head, kept.size());
+}
+
+ParserStringRef trimWhitespace(ParserStringRef text) {
+    const char* b = text.begin();
+    const char* e = text.end();
+    while (b != e && isCSpace(static_cast<unsigned char>(*b)))
+        ++b;
+    while (e != b && isCSpace(static_cast<unsigned char>(e[-1])))
+        --e;
+    return ParserStringRef(b, e);
+}
+
+void trimChars(std::string& text, std::string_view set) {
+    std::size_t b = 0;
+    std::size_t e = text.size();
+    while (b != e && inSet(text[b], set))
+        ++b;
+    while (e != b && inSet(text[e - 1], set))
+        --e;
+    text = text.substr(b, e - b);
+}
+
+bool endsWith(const char* text, std::size_t length, const char* suffix, std::size_t suffixLength) {
+    if (suffixLength > length)
+        return false;
+    return suffixLength == 0 ||
+           std::memcmp(text + (length - suffixLength), suffix, suffixLength) == 0;
+}
+
+bool beginsWith(const char* text, std::size_t length, const char* prefix,
+                std::size_t prefixLength) {
+    if (prefixLength > length)
+        return false;
+    return prefixLength == 0 || std::memcmp(text, prefix, prefixLength) == 0;
+}
+
+nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim) {
+    std::vector<std::string> pieces;
+    splitByChar(text.str(), delimiter, pieces);
+    if (pieces.empty())
+        return nullptr;
+    // Consumers read these lists last entry first; the order stays as it is.
+    nlohmann::json array = nlohmann::json::array();
+    for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
+        if (trim)
+            trimWhitespace(*it);
+        array.push_back(std::move(*it));
+    }
+    return array;
+}
+
+nlohmann::json intFieldValue(ParserStringRef text) {
+    const char* b = text.begin();
+    while (b != text.end() && isCSpace(static_cast<unsigned char>(*b)))
+        ++b;
+    const ParserStringRef rest(b, text.end());
+    if (rest.empty() || !isInCharset(rest, Charset::Numeric))
+        return nullptr;
+    std::istringstream in(rest.str());
+    in.imbue(std::locale::classic());
+    int value = 0;
+    if (!(in >> value))
+        return nullptr;  // too large for an int
+    return value;
+}
+
+nlohmann::json booleanFieldValue(ParserStringRef text) {
+    if (text.size() != 1)
+        return nullptr;
+    switch (text[0]) {
+        case '0':
+        case 'N':
+        case 'n':
+            return "false";
+        case '1':
+        case 'Y':
+        case 'y':
+            return "true";
+        default:
+            return nullptr;
+    }
+}
+
+bool readInt(const std::string& text, int& value) {
+    std::istringstream in(text);
+    in.imbue(std::locale::classic());
+    int read = 0;
+    if (!(in >> read) || !in.eof())
+        return false;
+    value = read;
+    return true;
+}
+
+nlohmann::json parseJsonString(const std::string& text) {
+    return nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false,
+                                 /*ignore_comments=*/false);
+}
+
+std::string base64Encode(const std::string& bytes) {
+    static constexpr char kAlphabet[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    out.reserve((bytes.size() + 2) / 3 * 4);
+    std::size_t i = 0;
+    for (; i + 3 <= bytes.size(); i += 3) {
+        const std::uint32_t n = (std::uint32_t{static_cast<unsigned char>(bytes[i])} << 16) |
+                                (std::uint32_t{static_cast<unsigned char>(bytes[i + 1])} << 8) |
+                                std::uint32_t{static_cast<unsigned char>(bytes[i + 2])};
+        out += kAlphabet[(n >> 18) & 0x3F];
+        out += kAlphabet[(n >> 12) & 0x3F];
+        out += kAlphabet[(n >> 6) & 0x3F];
+        out += kAlphabet[n & 0x3F];
+    }
+    const std::size_t left = bytes.size() - i;
+    if (left > 0) {
+        std::uint32_t n = std::uint32_t{static_cast<unsigned char>(bytes[i])} << 16;
+        if (left == 2)
+            n |= std::uint32_t{static_cast<unsigned char>(bytes[i + 1])} << 8;
+        out += kAlphabet[(n >> 18) & 0x3F];
+        out += kAlphabet[(n >> 12) & 0x3F];
+        out += left == 2 ? kAlphabet[(n >> 6) & 0x3F] : '=';
+        out += '=';
+    }
+    return out;
+}
+
+std::string invalidValueMessage(const std::string& value, const std::string& kind) {
+    return "'" + value + "' is invalid " + kind + " value";
+}
+
+std::string lengthMismatchMessage(const std::string& name, std::size_t expected,
+                                  std::size_t actual) {
+    return name + " should contain " + std::to_string(expected) + " character(s) but contain " +
+           std::to_string(actual);
+}
+
+}  // namespace parser
