@@ -1,1 +1,170 @@
+// Data-driven cases: tests/data/<format>/*.json, each a JSON array of cases.
+//
+// A case names its input ("data" text or "dataBase64"), optionally options
+// ("options" as JSON or "optionsText" verbatim), and one expectation:
+// "fields" (the exact JSON form), "fieldsInclude" (fields that must appear),
+// "error" ({"message", "code"}) or "optionsError" (text; no parse is run).
+// Optional "warnings" (exact messages) and "optionsAfter" (options JSON after
+// the option call) refine it. Every case goes through qvx::Parser, as a host
+// application would.
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "qvx/qvx.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+struct Case {
+    std::string format;
+    std::string file;
+    json spec;
+    std::string label;
+    std::string loadError;
+};
+
+std::string decodeBase64(const std::string& text) {
+    static const std::string alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    unsigned buffer = 0;
+    int bits = 0;
+    for (char c : text) {
+        if (c == '=')
+            break;
+        auto pos = alphabet.find(c);
+        if (pos == std::string::npos)
+            throw std::runtime_error("bad base64 in test data");
+        buffer = (buffer << 6) | static_cast<unsigned>(pos);
+        bits += 6;
+        if (bits >= 8) {
+            bits -= 8;
+            out.push_back(static_cast<char>((buffer >> bits) & 0xFF));
+        }
+    }
+    return out;
+}
+
+std::string sanitize(std::string text) {
+    for (char& c : text) {
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    }
+    return text;
+}
+
+std::vector<Case> loadCases() {
+    std::vector<Case> cases;
+    const fs::path root = QVX_TEST_DATA_DIR;
+    if (!fs::exists(root))
+        return cases;
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        if (entry.is_regular_file() && entry.path().extension() == ".json") {
+            files.push_back(entry.path());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    for (const auto& path : files) {
+        std::ifstream in(path, std::ios::binary);
+        json array = json::parse(in, nullptr, false);
+        const std::string format = path.parent_path().filename().string();
+        const std::string file = path.filename().string();
+        if (!array.is_array()) {
+            cases.push_back({format, file, json::object(), sanitize(format + "_" + file),
+                             "the file is not a JSON array of cases"});
+            continue;
+        }
+        for (const auto& spec : array) {
+            Case c{format, file, spec, "", ""};
+            c.label = sanitize(format + "_" + path.stem().string() + "_" +
+                               spec.value("name", std::string("unnamed")));
+            cases.push_back(std::move(c));
+        }
+    }
+    return cases;
+}
+
+class Conformance : public ::testing::TestWithParam<Case> {};
+
+TEST_P(Conformance, Case) {
+    const Case& c = GetParam();
+    ASSERT_EQ(c.loadError, "") << c.file;
+    const json& spec = c.spec;
+    SCOPED_TRACE(c.file + ": " + spec.dump());
+    ASSERT_TRUE(spec.contains("name")) << "every case needs a name";
+
+    auto format = parser::dataFormatFromName(c.format);
+    ASSERT_TRUE(format.has_value()) << "directory is not a format name: " << c.format;
+    auto created = qvx::Parser::create(nullptr, *format);
+    ASSERT_TRUE(created.ok()) << created.error();
+    auto parser = created.value();
+
+    ASSERT_LE(spec.count("options") + spec.count("optionsText"), 1u);
+    std::optional<std::string> optionsText;
+    if (spec.contains("options"))
+        optionsText = spec["options"].dump();
+    if (spec.contains("optionsText"))
+        optionsText = spec["optionsText"].get<std::string>();
+    std::string optionsError;
+    if (optionsText) {
+        auto set = parser->setOptions(*optionsText);
+        if (!set.ok())
+            optionsError = set.error();
+    }
+    if (spec.contains("optionsAfter")) {
+        EXPECT_EQ(parser->optionsToJSON(), spec["optionsAfter"]);
+    }
+    if (spec.contains("optionsError")) {
+        EXPECT_EQ(optionsError, spec["optionsError"].get<std::string>());
+        return;
+    }
+    ASSERT_EQ(optionsError, "") << "unexpected options failure";
+
+    ASSERT_EQ(spec.count("data") + spec.count("dataBase64"), 1u) << "give data or dataBase64";
+    const std::string input = spec.contains("data")
+                                  ? spec["data"].get<std::string>()
+                                  : decodeBase64(spec["dataBase64"].get<std::string>());
+    auto outcome = parser->parse(input);
+
+    if (spec.contains("error")) {
+        ASSERT_FALSE(outcome.ok()) << "expected a failure, got " << outcome.value()->jsonString();
+        const auto& issue = *outcome.error();
+        EXPECT_EQ(issue.message, spec["error"]["message"].get<std::string>());
+        EXPECT_EQ(static_cast<int>(issue.code), spec["error"].value("code", 2));
+        return;
+    }
+    ASSERT_TRUE(outcome.ok()) << "unexpected failure: " << outcome.error()->message;
+    const auto& data = *outcome.value();
+    const json fields = data.asJson();
+    if (spec.contains("fields")) {
+        EXPECT_EQ(fields, spec["fields"]) << fields.dump();
+    }
+    if (spec.contains("fieldsInclude")) {
+        for (const auto& wanted : spec["fieldsInclude"]) {
+            bool found = std::find(fields.begin(), fields.end(), wanted) != fields.end();
+            EXPECT_TRUE(found) << "missing field " << wanted.dump() << " in " << fields.dump();
+        }
+    }
+    if (spec.contains("warnings")) {
+        EXPECT_EQ(json(data.warnings()), spec["warnings"]);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Data, Conformance, ::testing::ValuesIn(loadCases()),
+                         [](const ::testing::TestParamInfo<Case>& info) {
+                             return info.param.label + "_" + std::to_string(info.index);
+                         });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Conformance);
+
+}  // namespace

@@ -2,9 +2,8 @@
 #pragma once
 
 #include <memory>
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "qvx/parsed.h"
 #include "qvx/string_ref.h"
@@ -21,7 +20,7 @@ struct ParserOptionsOutcome {
 };
 
 class BcParser {
-public:
+  public:
     BcParser() = default;
     BcParser(const BcParser&) = delete;
     BcParser& operator=(const BcParser&) = delete;

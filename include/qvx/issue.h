@@ -70,8 +70,7 @@ struct ParserIssue {
     static std::shared_ptr<ParserIssue> incompleteCode();
     static std::shared_ptr<ParserIssue> elementEmpty(const std::string& element);
     static std::shared_ptr<ParserIssue> elementLengthMismatch(const std::string& element,
-                                                              const std::string& value,
-                                                              int length);
+                                                              const std::string& value, int length);
     static std::shared_ptr<ParserIssue> elementTooLong(const std::string& element,
                                                        const std::string& value, int length);
     static std::shared_ptr<ParserIssue> elementNotEmpty(const std::string& element);

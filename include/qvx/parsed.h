@@ -2,10 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "qvx/issue.h"
 #include "qvx/string_ref.h"
@@ -40,7 +39,7 @@ std::string toJsonText(const nlohmann::json& json);
 // What a format parser fills while it runs. A set `error` is the one and only
 // sign of a failed parse.
 class ParserResult {
-public:
+  public:
     // The text a parser worked on after its own normalisation, where it keeps one.
     std::string normalizedText;
     std::vector<ParsedField> fields;
@@ -71,7 +70,7 @@ public:
 
 // The frozen result of a successful parse. Immutable and safe to share.
 class ParsedData {
-public:
+  public:
     explicit ParsedData(const ParserResult& result);
     // Moves the fields and texts out of `result` instead of copying them.
     explicit ParsedData(ParserResult&& result);
@@ -86,7 +85,7 @@ public:
     // The first field with this exact name, or null.
     std::shared_ptr<ParsedField> getFieldByName(const std::string& name) const;
 
-private:
+  private:
     std::string normalizedText_;
     std::vector<std::shared_ptr<ParsedField>> fields_;
     std::vector<std::string> warnings_;

@@ -2,9 +2,8 @@
 #pragma once
 
 #include <memory>
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "qvx/bc_parser.h"
 #include "qvx/core/context.h"
@@ -25,7 +24,7 @@ using ParseOutcome =
     parser::result<std::shared_ptr<parser::ParsedData>, std::shared_ptr<parser::ParserIssue>>;
 
 class Parser : public core::TrovaneComponent, public std::enable_shared_from_this<Parser> {
-public:
+  public:
     // Builds the parser of `format` with default options. `context` may be
     // null, which means no usage events. Fails for a format this build cannot
     // parse yet, and for a value outside the format table.
@@ -45,7 +44,7 @@ public:
     nlohmann::json optionsToJSON() const { return parser_->optionsToJSON(); }
     ParserDataFormat format() const noexcept { return format_; }
 
-private:
+  private:
     Parser(std::unique_ptr<parser::BcParser> concrete, std::shared_ptr<ParserEventSink> sink,
            ParserDataFormat format);
     void reportParseEvent(const ParseOutcome& outcome) const;

@@ -12,7 +12,7 @@ namespace parser {
 // there is a contract failure.
 template <class T, class E>
 class result {
-public:
+  public:
     static result success(T value) { return result(std::in_place_index<0>, std::move(value)); }
     static result failure(E error) { return result(std::in_place_index<1>, std::move(error)); }
 
@@ -40,7 +40,7 @@ public:
         return std::get<1>(std::move(state_));
     }
 
-private:
+  private:
     template <std::size_t I, class V>
     result(std::in_place_index_t<I> tag, V&& v) : state_(tag, std::forward<V>(v)) {}
 
@@ -50,7 +50,7 @@ private:
 // The form without a value: success, or an error.
 template <class E>
 class result<void, E> {
-public:
+  public:
     static result success() { return result(); }
     static result failure(E error) { return result(std::move(error)); }
 
@@ -66,7 +66,7 @@ public:
         return std::move(error_);
     }
 
-private:
+  private:
     result() = default;
     explicit result(E error) : ok_(false), error_(std::move(error)) {}
 

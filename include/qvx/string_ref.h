@@ -12,14 +12,15 @@
 // aborts instead of shortening silently: the caller checks lengths first.
 // Bytes compare as unsigned values.
 class ParserStringRef {
-public:
+  public:
     constexpr ParserStringRef() noexcept = default;
     ParserStringRef(const char* begin, const char* end);
     // Views of a whole string. The string must outlive the view.
     ParserStringRef(const std::string& text) noexcept  // NOLINT(google-explicit-constructor)
         : begin_(text.data()), end_(text.data() + text.size()) {}
     ParserStringRef(std::string&&) = delete;  // would dangle at once
-    constexpr ParserStringRef(std::string_view text) noexcept  // NOLINT(google-explicit-constructor)
+    constexpr ParserStringRef(
+        std::string_view text) noexcept  // NOLINT(google-explicit-constructor)
         : begin_(text.data()), end_(text.data() + text.size()) {}
     ParserStringRef(const char* text) noexcept  // NOLINT(google-explicit-constructor)
         : ParserStringRef(std::string_view(text)) {}
@@ -79,7 +80,7 @@ public:
     }
     friend bool operator!=(ParserStringRef a, ParserStringRef b) noexcept { return !(a == b); }
 
-private:
+  private:
     const char* begin_ = nullptr;
     const char* end_ = nullptr;
 };

@@ -25,6 +25,8 @@ void failWithLocation(const char* file, int line, std::string message) {
     std::abort();
 }
 
-const char* lastFailure() noexcept { return gLastFailure; }
+const char* lastFailure() noexcept {
+    return gLastFailure;
+}
 
 }  // namespace parser::contract

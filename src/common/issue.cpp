@@ -13,13 +13,20 @@ std::shared_ptr<ParserIssue> make(std::string message, Code code, ParserIssue::I
 
 const char* issueInfoKeyName(ParserIssueInfoKey key) noexcept {
     switch (key) {
-        case Key::StartingCharacters: return "StartingCharacters";
-        case Key::Version: return "Version";
-        case Key::MinimalVersion: return "MinimalVersion";
-        case Key::ElementName: return "ElementName";
-        case Key::String: return "String";
-        case Key::Length: return "Length";
-        case Key::Charset: return "Charset";
+        case Key::StartingCharacters:
+            return "StartingCharacters";
+        case Key::Version:
+            return "Version";
+        case Key::MinimalVersion:
+            return "MinimalVersion";
+        case Key::ElementName:
+            return "ElementName";
+        case Key::String:
+            return "String";
+        case Key::Length:
+            return "Length";
+        case Key::Charset:
+            return "Charset";
     }
     return "";
 }
@@ -76,8 +83,8 @@ std::shared_ptr<ParserIssue> ParserIssue::elementLengthMismatch(const std::strin
 std::shared_ptr<ParserIssue> ParserIssue::elementTooLong(const std::string& element,
                                                          const std::string& value, int length) {
     const std::string n = std::to_string(length);
-    return make(element + " field which is: '" + value +
-                    "' should be of length less or equal to " + n + ".",
+    return make(element + " field which is: '" + value + "' should be of length less or equal to " +
+                    n + ".",
                 Code::ElementTooLong,
                 {{Key::ElementName, element}, {Key::String, value}, {Key::Length, n}});
 }

@@ -11,13 +11,15 @@ ParsedField::ParsedField(std::string name, std::string rawString, nlohmann::json
 ParsedField::ParsedField(std::string name, std::string rawString, nlohmann::json parsed,
                          const std::string& issueText)
     : ParsedField(std::move(name), std::move(rawString), std::move(parsed)) {
-    if (!issueText.empty()) issues.push_back(ParserIssue::generic(issueText));
+    if (!issueText.empty())
+        issues.push_back(ParserIssue::generic(issueText));
 }
 
 ParsedField::ParsedField(std::string name, std::string rawString, nlohmann::json parsed,
                          std::shared_ptr<ParserIssue> issue)
     : ParsedField(std::move(name), std::move(rawString), std::move(parsed)) {
-    if (issue) issues.push_back(std::move(issue));
+    if (issue)
+        issues.push_back(std::move(issue));
 }
 
 namespace {
@@ -29,7 +31,8 @@ nlohmann::json fieldToJson(const ParsedField& field) {
     };
     if (!field.issues.empty()) {
         nlohmann::json& messages = object["issues"] = nlohmann::json::array();
-        for (const auto& issue : field.issues) messages.push_back(issue->message);
+        for (const auto& issue : field.issues)
+            messages.push_back(issue->message);
     }
     return object;
 }
@@ -37,13 +40,15 @@ nlohmann::json fieldToJson(const ParsedField& field) {
 
 nlohmann::json fieldsToJson(const std::vector<ParsedField>& fields) {
     nlohmann::json array = nlohmann::json::array();
-    for (const auto& field : fields) array.push_back(fieldToJson(field));
+    for (const auto& field : fields)
+        array.push_back(fieldToJson(field));
     return array;
 }
 
 nlohmann::json fieldsToJson(const std::vector<std::shared_ptr<ParsedField>>& fields) {
     nlohmann::json array = nlohmann::json::array();
-    for (const auto& field : fields) array.push_back(fieldToJson(*field));
+    for (const auto& field : fields)
+        array.push_back(fieldToJson(*field));
     return array;
 }
 
@@ -58,11 +63,12 @@ void ParserResult::addField(std::string name, std::string rawString, nlohmann::j
 
 void ParserResult::addField(std::string name, std::string rawString, nlohmann::json parsed,
                             std::shared_ptr<ParserIssue> issue) {
-    fields.emplace_back(std::move(name), std::move(rawString), std::move(parsed),
-                        std::move(issue));
+    fields.emplace_back(std::move(name), std::move(rawString), std::move(parsed), std::move(issue));
 }
 
-void ParserResult::addField(ParsedField&& field) { fields.push_back(std::move(field)); }
+void ParserResult::addField(ParsedField&& field) {
+    fields.push_back(std::move(field));
+}
 
 void ParserResult::addStringField(std::string name, ParserStringRef value) {
     fields.emplace_back(std::move(name), value.str(), trimWhitespace(value).str());
@@ -77,12 +83,15 @@ void ParserResult::replaceField(std::size_t index, std::string name, std::string
 
 const ParsedField* ParserResult::getFieldByName(const std::string& name) const {
     for (const auto& field : fields) {
-        if (field.name == name) return &field;
+        if (field.name == name)
+            return &field;
     }
     return nullptr;
 }
 
-void ParserResult::setError(const std::string& text) { error = ParserIssue::generic(text); }
+void ParserResult::setError(const std::string& text) {
+    error = ParserIssue::generic(text);
+}
 
 void ParserResult::addWarning(std::shared_ptr<ParserIssue> issue) {
     warnings.push_back(std::move(issue));
@@ -91,9 +100,11 @@ void ParserResult::addWarning(std::shared_ptr<ParserIssue> issue) {
 ParsedData::ParsedData(const ParserResult& result)
     : normalizedText_(result.normalizedText), jsonString_(result.jsonString()) {
     fields_.reserve(result.fields.size());
-    for (const auto& field : result.fields) fields_.push_back(std::make_shared<ParsedField>(field));
+    for (const auto& field : result.fields)
+        fields_.push_back(std::make_shared<ParsedField>(field));
     warnings_.reserve(result.warnings.size());
-    for (const auto& warning : result.warnings) warnings_.push_back(warning->message);
+    for (const auto& warning : result.warnings)
+        warnings_.push_back(warning->message);
 }
 
 ParsedData::ParsedData(ParserResult&& result)
@@ -103,12 +114,14 @@ ParsedData::ParsedData(ParserResult&& result)
         fields_.push_back(std::make_shared<ParsedField>(std::move(field)));
     }
     warnings_.reserve(result.warnings.size());
-    for (const auto& warning : result.warnings) warnings_.push_back(warning->message);
+    for (const auto& warning : result.warnings)
+        warnings_.push_back(warning->message);
 }
 
 std::shared_ptr<ParsedField> ParsedData::getFieldByName(const std::string& name) const {
     for (const auto& field : fields_) {
-        if (field->name == name) return field;
+        if (field->name == name)
+            return field;
     }
     return nullptr;
 }

@@ -10,7 +10,8 @@ namespace {
 // The concrete parser of a format, or null while that format is not built yet.
 std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
     switch (format) {
-        case ParserDataFormat::Vin: return std::make_unique<parser::VinParser>();
+        case ParserDataFormat::Vin:
+            return std::make_unique<parser::VinParser>();
         case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Hibc:
         case ParserDataFormat::Dlid:
@@ -18,14 +19,16 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
         case ParserDataFormat::SwissQr:
         case ParserDataFormat::UsUsid:
         case ParserDataFormat::IataBcbp:
-        case ParserDataFormat::Gs1DigitalLink: return nullptr;
+        case ParserDataFormat::Gs1DigitalLink:
+            return nullptr;
     }
     return nullptr;
 }
 
 bool isInFormatTable(ParserDataFormat format) {
     for (const auto& entry : parser::dataFormatTable()) {
-        if (entry.first == format) return true;
+        if (entry.first == format)
+            return true;
     }
     return false;
 }
@@ -47,8 +50,7 @@ bar::result<std::shared_ptr<Parser>, std::string> Parser::create(
     const std::shared_ptr<core::Context>& context, ParserDataFormat format) {
     using Result = bar::result<std::shared_ptr<Parser>, std::string>;
     if (!isInFormatTable(format)) {
-        return Result::failure("unknown data format: " +
-                               std::to_string(static_cast<int>(format)));
+        return Result::failure("unknown data format: " + std::to_string(static_cast<int>(format)));
     }
     auto concrete = makeConcreteParser(format);
     if (!concrete) {
@@ -63,8 +65,9 @@ bar::result<std::shared_ptr<Parser>, std::string> Parser::create(
 ParseOutcome Parser::parse(const std::string& bytes) {
     std::unique_ptr<parser::ParserResult> result = parser_->parse(ParserStringRef(bytes));
     ParseOutcome outcome =
-        result->error ? ParseOutcome::failure(std::move(result->error))
-                      : ParseOutcome::success(std::make_shared<parser::ParsedData>(std::move(*result)));
+        result->error
+            ? ParseOutcome::failure(std::move(result->error))
+            : ParseOutcome::success(std::make_shared<parser::ParsedData>(std::move(*result)));
     result.reset();
     reportParseEvent(outcome);
     return outcome;
@@ -72,17 +75,20 @@ ParseOutcome Parser::parse(const std::string& bytes) {
 
 bar::result<void, std::string> Parser::setOptions(const std::string& json) {
     auto outcome = parser_->readOptionsFromJSONString(json);
-    if (outcome->ok) return bar::result<void, std::string>::success();
+    if (outcome->ok)
+        return bar::result<void, std::string>::success();
     return bar::result<void, std::string>::failure(std::move(outcome->error));
 }
 
 void Parser::reportParseEvent(const ParseOutcome& outcome) const {
-    if (!eventSink_) return;
+    if (!eventSink_)
+        return;
     nlohmann::json payload = {
         {"format", parser::dataFormatName(format_)},
         {"operation", "string"},
         {"success", outcome.ok()},
-        {"error", outcome.ok() ? nlohmann::json(nullptr) : nlohmann::json(outcome.error()->message)},
+        {"error",
+         outcome.ok() ? nlohmann::json(nullptr) : nlohmann::json(outcome.error()->message)},
         {"options", parser_->optionsToJSON()},
     };
     auto value = core::JsonValue::fromNlohmannJson(payload);

@@ -1,1 +1,127 @@
+// qvx::Parser: creation over the format table, the parse outcome, options and
+// the usage event a host's capture library receives.
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "qvx/qvx.h"
+
+namespace {
+
+using nlohmann::json;
+
+class RecordingSink : public qvx::core::EventSink {
+  public:
+    void send(int eventId, const qvx::core::JsonValue& payload) override {
+        events.emplace_back(eventId, payload.nlohmannJson());
+    }
+    std::vector<std::pair<int, json>> events;
+};
+
+struct Fixture {
+    std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
+    std::shared_ptr<qvx::Parser> parser;
+
+    explicit Fixture(ParserDataFormat format) {
+        auto created = qvx::Parser::create(std::make_shared<qvx::core::Context>(sink), format);
+        EXPECT_TRUE(created.ok());
+        if (created.ok())
+            parser = created.value();
+    }
+};
+
+TEST(Parser, CreationCoversBuiltFormatsAndRefusesTheRest) {
+    for (const auto& [format, name] : parser::dataFormatTable()) {
+        auto created = qvx::Parser::create(nullptr, format);
+        EXPECT_EQ(created.ok(), qvx::Parser::isFormatAvailable(format)) << name;
+        if (created.ok()) {
+            EXPECT_EQ(created.value()->format(), format);
+            EXPECT_EQ(created.value()->getComponentId(), "");
+            EXPECT_EQ(created.value()->kind(), qvx::core::TrovaneComponent::Kind::Parser);
+        } else {
+            EXPECT_NE(created.error().find("'" + name + "'"), std::string::npos) << created.error();
+        }
+    }
+    EXPECT_TRUE(qvx::Parser::isFormatAvailable(ParserDataFormat::Vin));
+    auto outside = qvx::Parser::create(nullptr, static_cast<ParserDataFormat>(9));
+    ASSERT_FALSE(outside.ok());
+    EXPECT_EQ(outside.error(), "unknown data format: 9");
+}
+
+TEST(Parser, SuccessSendsOneUsageEvent) {
+    Fixture f(ParserDataFormat::Vin);
+    ASSERT_TRUE(f.parser);
+    auto outcome = f.parser->parse("1HGCM82633A004352");
+    ASSERT_TRUE(outcome.ok()) << outcome.error()->message;
+    EXPECT_FALSE(outcome.value()->fields().empty());
+    ASSERT_EQ(f.sink->events.size(), 1u);
+    EXPECT_EQ(f.sink->events[0].first, 15);
+    EXPECT_EQ(f.sink->events[0].second,
+              json::parse(R"({"format": "vin", "operation": "string", "success": true,
+                              "error": null,
+                              "options": {"strict_mode": false,
+                                          "false_positive_compensation": false}})"));
+}
+
+TEST(Parser, FailureKeepsOnlyTheIssueAndStillReports) {
+    Fixture f(ParserDataFormat::Vin);
+    ASSERT_TRUE(f.parser);
+    ASSERT_TRUE(f.parser->setOptions(R"({"strictMode": true})").ok());
+    auto outcome = f.parser->parse(std::string("1HGCM8263\0A004352", 17));
+    ASSERT_FALSE(outcome.ok());
+    EXPECT_EQ(outcome.error()->code, ParserIssueCode::Generic);
+    ASSERT_EQ(f.sink->events.size(), 1u);
+    const json& payload = f.sink->events[0].second;
+    EXPECT_EQ(payload["success"], false);
+    EXPECT_EQ(payload["error"], outcome.error()->message);
+    EXPECT_EQ(payload["options"]["strict_mode"], true);
+}
+
+TEST(Parser, EmptyInputReachesTheFormatParser) {
+    Fixture f(ParserDataFormat::Vin);
+    ASSERT_TRUE(f.parser);
+    auto outcome = f.parser->parse("");
+    ASSERT_FALSE(outcome.ok());
+    EXPECT_EQ(outcome.error()->message, "valid VIN consists of 17 characters");
+}
+
+TEST(Parser, NoSinkNoEvent) {
+    auto created =
+        qvx::Parser::create(std::make_shared<qvx::core::Context>(), ParserDataFormat::Vin);
+    ASSERT_TRUE(created.ok());
+    EXPECT_TRUE(created.value()->parse("x").error());
+}
+
+TEST(Parser, OptionsPersistAndFailuresLeaveEarlierKeysSet) {
+    Fixture f(ParserDataFormat::Vin);
+    ASSERT_TRUE(f.parser);
+    const json defaults = f.parser->optionsToJSON();
+    EXPECT_TRUE(f.parser->setOptions("{}").ok());
+    EXPECT_EQ(f.parser->optionsToJSON(), defaults);
+
+    // Keys are walked in sorted order: falsePositiveCompensation is set before
+    // the bad key stops the walk.
+    auto set = f.parser->setOptions(R"({"zzz": 1, "falsePositiveCompensation": true})");
+    ASSERT_FALSE(set.ok());
+    EXPECT_EQ(set.error(), "invalid option: zzz");
+    EXPECT_EQ(f.parser->optionsToJSON()["false_positive_compensation"], true);
+
+    auto snake = f.parser->setOptions(R"({"strict_mode": true})");
+    ASSERT_FALSE(snake.ok());
+    EXPECT_EQ(snake.error(), "invalid option: strict_mode");
+}
+
+TEST(Parser, ResultsOutliveTheParser) {
+    std::shared_ptr<parser::ParsedData> data;
+    {
+        Fixture f(ParserDataFormat::Vin);
+        ASSERT_TRUE(f.parser);
+        auto outcome = f.parser->parse("1HGCM82633A004352");
+        ASSERT_TRUE(outcome.ok());
+        data = outcome.value();
+    }
+    EXPECT_EQ(data->asJson(), json::parse(data->jsonString()));
+}
+
+}  // namespace

@@ -12,20 +12,20 @@
 namespace qvx::core {
 
 class EventSink {
-public:
+  public:
     virtual ~EventSink() = default;
     virtual void send(int eventId, const JsonValue& payload) = 0;
 };
 
 class Context {
-public:
+  public:
     explicit Context(std::shared_ptr<EventSink> eventSink = nullptr)
         : eventSink_(std::move(eventSink)) {}
 
     // May be null: then no usage events are built at all.
     std::shared_ptr<EventSink> eventSink() const { return eventSink_; }
 
-private:
+  private:
     std::shared_ptr<EventSink> eventSink_;
 };
 

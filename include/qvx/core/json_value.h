@@ -6,14 +6,13 @@
 #pragma once
 
 #include <memory>
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 namespace qvx::core {
 
 class JsonValue {
-public:
+  public:
     // Null when the value cannot be represented (never, for this stand-in).
     static std::shared_ptr<JsonValue> fromNlohmannJson(const nlohmann::json& json);
 
@@ -21,7 +20,7 @@ public:
     std::string toString() const;
     const nlohmann::json& nlohmannJson() const noexcept { return json_; }
 
-private:
+  private:
     explicit JsonValue(nlohmann::json json) : json_(std::move(json)) {}
 
     nlohmann::json json_;

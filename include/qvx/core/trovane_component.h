@@ -9,7 +9,7 @@
 namespace qvx::core {
 
 class TrovaneComponent {
-public:
+  public:
     enum class Kind : int { Parser = 0 };
 
     explicit TrovaneComponent(Kind kind) : kind_(kind) {}
@@ -22,7 +22,7 @@ public:
     void setComponentId(std::string id) { componentId_ = std::move(id); }
     Kind kind() const noexcept { return kind_; }
 
-private:
+  private:
     std::string componentId_;
     Kind kind_;
 };

@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# Developer entry point. Installs what is missing (Debian bookworm, apt),
+# builds with the CMake presets and runs one job:
+#
+#   scripts/dev.sh examples   parse every bundled sample in examples/ with qvx-parse
+#   scripts/dev.sh test       run all tests, in the release and the sanitizer build
+#   scripts/dev.sh bench      run the benchmarks (release build)
+#   scripts/dev.sh fuzz [s]   run the libFuzzer target for s seconds (default 60)
+#   scripts/dev.sh deps       only install the build dependencies
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+packages=(cmake ninja-build g++ pkgconf nlohmann-json3-dev libgtest-dev libgmock-dev
+          libbenchmark-dev)
+
+deps() {
+    local missing=() pkg
+    for pkg in "${packages[@]}" "$@"; do
+        dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "install ok installed" ||
+            missing+=("$pkg")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=()
+    [ "$(id -u)" -eq 0 ] || sudo=(sudo)
+    echo "installing: ${missing[*]}" >&2
+    "${sudo[@]}" apt-get update
+    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y --no-install-recommends \
+        "${missing[@]}"
+}
+
+build_default() {
+    cmake --preset default >/dev/null
+    cmake --build --preset default
+}
+
+case "${1:-}" in
+    deps)
+        deps
+        ;;
+    examples)
+        deps
+        build_default >/dev/null
+        status=0
+        for sample in examples/*.txt; do
+            format=$(basename "$sample" .txt)
+            echo "== $format ($sample)"
+            build/default/tools/qvx-parse --format "$format" --input "$sample" || status=1
+            echo
+        done
+        exit $status
+        ;;
+    test)
+        deps
+        cmake --workflow --preset default
+        cmake --workflow --preset debug-asan
+        ;;
+    bench)
+        deps
+        build_default >/dev/null
+        build/default/bench/qvx_bench
+        ;;
+    fuzz)
+        deps clang-14 libclang-rt-14-dev
+        cmake --preset fuzz >/dev/null
+        cmake --build --preset fuzz
+        mkdir -p build/fuzz/corpus
+        build/fuzz/fuzz/qvx_fuzz_parse -max_total_time="${2:-60}" build/fuzz/corpus fuzz/seeds
+        ;;
+    *)
+        echo "usage: scripts/dev.sh examples|test|bench|fuzz [seconds]|deps" >&2
+        exit 2
+        ;;
+esac
