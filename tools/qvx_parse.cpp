@@ -1,1 +1,316 @@
-int main() { return 0; }
+// qvx-parse: the command line of the library. Parses one input readably
+// (default), as one JSON line (--json), or a stream of JSON Lines (--batch).
+#include <cstdio>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "human_output.h"
+#include "qvx/qvx.h"
+#include "request.h"
+#include "text_io.h"
+
+namespace {
+
+using qvx_cli::Request;
+
+constexpr int kExitOk = 0;
+constexpr int kExitParseFailed = 1;
+constexpr int kExitIoFailure = 1;
+constexpr int kExitUsage = 2;
+
+constexpr const char* kSynopsis = R"(Usage:
+  qvx-parse --format NAME [--options JSON] [--escapes] [TEXT | --input FILE]
+  qvx-parse --format NAME [--options JSON] --json [FILE | --input FILE]
+  qvx-parse --batch
+  qvx-parse --list-formats | --help | --version
+)";
+
+constexpr const char* kDetails = R"(
+Turns the decoded contents of a scanned code into named fields.
+
+Modes:
+  (default)        Parse TEXT, the bytes of FILE, or standard input, and print
+                   each field: name, raw text (control bytes escaped), parsed
+                   value (compact JSON) and issues, then the warnings.
+                   Input read from standard input loses ONE trailing "\n" or
+                   "\r\n", which shells and echo add; TEXT and FILE are taken
+                   exactly as they are. Exit 0 on success, 1 when the parse
+                   fails (the reason goes to standard error), 2 on a usage or
+                   option error.
+  --json           Parse all bytes of FILE (standard input when absent or
+                   "-"), unchanged, and print one JSON line shaped like a
+                   --batch output line. Exit 0 on success, 1 when the parse
+                   fails, 2 on an option error (the JSON line is printed too)
+                   or a usage error.
+  --batch          Read JSON Lines from standard input and write one compact
+                   JSON line per input line, in order (see below). Exit 0
+                   unless reading or writing fails.
+  --list-formats   Print each format name, a tab, and "available" or
+                   "not built yet".
+
+Options:
+  --format NAME    The format to expect (see --list-formats).
+  --options JSON   Parser options, the text of a JSON object handed to the
+                   parser as it is, e.g. '{"strictMode":true}'.
+  --input FILE     Read the input from FILE ("-" for standard input).
+  --escapes        Interpret \xHH, \n, \r, \t and \\ in TEXT; any other
+                   backslash sequence is a usage error.
+  -h, --help       Print this help.
+  --version        Print the version.
+  --               End of options; what follows is TEXT or FILE.
+
+Batch input: one JSON object per line (a trailing "\r" is ignored).
+  "format"          format name (required)
+  "data"            the input: the UTF-8 bytes of this string, or
+  "dataBase64"      the input bytes in standard base64 ("=" padding optional)
+  "options"         options: this JSON value, printed compactly, or
+  "optionsText"     options: this string, verbatim (absent: defaults)
+  "id"              any JSON value, echoed as "id"
+  "showOptions"     true: add "options", the parser's options (snake_case)
+  "showEvents"      true: add "events", the usage events of the parse
+  "showJsonString"  true: add "jsonString", the stored JSON text of a result
+Batch output: one compact JSON object per line, always with "ok".
+  success           "ok": true, "fields", "warnings"
+  parse failure     "ok": false, "error": {"message", "code", "additionalInfo"}
+  option failure    "ok": false, "optionsError" (no parse is run)
+  malformed line    "ok": false, "inputError"
+Bytes that are not valid UTF-8 are dropped from output strings.
+)";
+
+struct Args {
+    bool batch = false;
+    bool json = false;
+    bool escapes = false;
+    bool listFormats = false;
+    bool help = false;
+    bool version = false;
+    std::optional<std::string> format;
+    std::optional<std::string> options;
+    std::optional<std::string> input;
+    std::vector<std::string> positionals;
+    // Count of arguments other than the mode flags, for the modes that take none.
+    int otherArguments = 0;
+};
+
+int usageError(const std::string& message) {
+    std::cerr << "qvx-parse: " << message << "\n"
+              << kSynopsis << "Run 'qvx-parse --help' for more.\n";
+    return kExitUsage;
+}
+
+int runtimeError(const std::string& message) {
+    std::cerr << "qvx-parse: " << message << '\n';
+    return kExitUsage;
+}
+
+// Reads argv into `args`; returns an error text for an unknown or malformed argument.
+std::optional<std::string> parseArgs(int argc, char** argv, Args& args) {
+    bool onlyPositionals = false;
+    for (int i = 1; i < argc; ++i) {
+        std::string arg = argv[i];
+        if (onlyPositionals || arg == "-" || arg.empty() || arg[0] != '-') {
+            args.positionals.push_back(arg);
+            ++args.otherArguments;
+            continue;
+        }
+        if (arg == "--") {
+            onlyPositionals = true;
+            continue;
+        }
+        std::string name = arg;
+        std::optional<std::string> inlineValue;
+        if (auto eq = arg.find('='); arg.rfind("--", 0) == 0 && eq != std::string::npos) {
+            name = arg.substr(0, eq);
+            inlineValue = arg.substr(eq + 1);
+        }
+        std::optional<std::string>* slot = nullptr;
+        if (name == "--format")
+            slot = &args.format;
+        if (name == "--options")
+            slot = &args.options;
+        if (name == "--input")
+            slot = &args.input;
+        if (slot != nullptr) {
+            if (*slot)
+                return "'" + name + "' is given twice";
+            if (inlineValue) {
+                *slot = *inlineValue;
+            } else if (i + 1 < argc) {
+                *slot = std::string(argv[++i]);
+            } else {
+                return "'" + name + "' needs a value";
+            }
+            ++args.otherArguments;
+            continue;
+        }
+        if (inlineValue)
+            return "'" + name + "' takes no value";
+        if (arg == "--batch") {
+            args.batch = true;
+        } else if (arg == "--json") {
+            args.json = true;
+        } else if (arg == "--escapes") {
+            args.escapes = true;
+            ++args.otherArguments;
+        } else if (arg == "--list-formats") {
+            args.listFormats = true;
+        } else if (arg == "-h" || arg == "--help") {
+            args.help = true;
+        } else if (arg == "--version") {
+            args.version = true;
+        } else {
+            return "unknown option '" + arg + "'";
+        }
+    }
+    return std::nullopt;
+}
+
+int listFormats() {
+    for (const auto& [format, name] : parser::dataFormatTable()) {
+        std::cout << name << '\t'
+                  << (qvx::Parser::isFormatAvailable(format) ? "available" : "not built yet")
+                  << '\n';
+    }
+    std::cout.flush();
+    return std::cout ? kExitOk : kExitIoFailure;
+}
+
+int runBatch() {
+    std::ios::sync_with_stdio(false);
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        std::string out = qvx_cli::compactLine(qvx_cli::handleBatchLine(line));
+        out.push_back('\n');
+        if (std::fwrite(out.data(), 1, out.size(), stdout) != out.size() ||
+            std::fflush(stdout) != 0) {
+            std::cerr << "qvx-parse: cannot write to standard output\n";
+            return kExitIoFailure;
+        }
+    }
+    if (std::cin.bad()) {
+        std::cerr << "qvx-parse: cannot read standard input\n";
+        return kExitIoFailure;
+    }
+    return kExitOk;
+}
+
+// Reads the input of the --json and human modes into `data`; returns an error
+// text on failure. `path` absent or "-" means standard input.
+std::optional<std::string> readInput(const std::optional<std::string>& path, bool human,
+                                     std::string& data) {
+    if (!path || *path == "-") {
+        auto bytes = qvx_cli::readAll(stdin);
+        if (!bytes)
+            return std::string("cannot read standard input");
+        data = std::move(*bytes);
+        if (human)
+            qvx_cli::stripOneLineEnd(data);
+        return std::nullopt;
+    }
+    std::string why;
+    auto bytes = qvx_cli::readFile(*path, why);
+    if (!bytes)
+        return "cannot read '" + *path + "': " + why;
+    data = std::move(*bytes);
+    return std::nullopt;
+}
+
+int runSingle(const Args& args) {
+    if (!args.format)
+        return usageError("'--format' is missing");
+    if (args.positionals.size() > 1)
+        return usageError("too many arguments");
+    if (!args.positionals.empty() && args.input) {
+        return usageError(args.json ? "give FILE or '--input', not both"
+                                    : "give TEXT or '--input', not both");
+    }
+    if (args.escapes && (args.json || args.positionals.empty())) {
+        return usageError("'--escapes' applies only to TEXT in the default mode");
+    }
+
+    Request request;
+    auto format = parser::dataFormatFromName(*args.format);
+    if (!format)
+        return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
+    if (!qvx::Parser::isFormatAvailable(*format)) {
+        // Checked before reading any input; the library words the reason.
+        auto created = qvx::Parser::create(nullptr, *format);
+        return runtimeError(created ? "the format '" + *args.format + "' is not available"
+                                    : created.error());
+    }
+    request.format = *format;
+    request.optionsText = args.options;
+
+    if (!args.json && !args.positionals.empty()) {
+        request.data = args.positionals.front();
+        if (args.escapes) {
+            std::string why;
+            auto text = qvx_cli::unescape(request.data, why);
+            if (!text)
+                return usageError("bad escape in TEXT: " + why);
+            request.data = std::move(*text);
+        }
+    } else {
+        std::optional<std::string> path = args.input;
+        if (!path && !args.positionals.empty())
+            path = args.positionals.front();
+        if (auto error = readInput(path, !args.json, request.data))
+            return runtimeError(*error);
+    }
+
+    auto run = qvx_cli::runRequest(request);
+    if (!run)
+        return runtimeError(run.error());
+    const auto& response = run.value();
+
+    if (args.json) {
+        std::cout << qvx_cli::compactLine(qvx_cli::responseToJson(request, response)) << '\n';
+        std::cout.flush();
+        if (!std::cout)
+            return runtimeError("cannot write to standard output");
+        if (response.optionsError)
+            return kExitUsage;
+        return response.parse->ok() ? kExitOk : kExitParseFailed;
+    }
+
+    if (response.optionsError)
+        return runtimeError(*response.optionsError);
+    if (!response.parse->ok()) {
+        qvx_cli::printIssue(std::cerr, *response.parse->error());
+        return kExitParseFailed;
+    }
+    qvx_cli::printParsedData(std::cout, *response.parse->value());
+    std::cout.flush();
+    if (!std::cout)
+        return runtimeError("cannot write to standard output");
+    return kExitOk;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Args args;
+    if (auto error = parseArgs(argc, argv, args))
+        return usageError(*error);
+    if (args.help) {
+        std::cout << kSynopsis << kDetails;
+        return kExitOk;
+    }
+    if (args.version) {
+        std::cout << "qvx-parse " << QVX_VERSION << '\n';
+        return kExitOk;
+    }
+    int modes = int(args.batch) + int(args.json) + int(args.listFormats);
+    if (modes > 1)
+        return usageError("choose one of '--batch', '--json' and '--list-formats'");
+    if (args.listFormats || args.batch) {
+        if (args.otherArguments > 0) {
+            return usageError(std::string("'") + (args.batch ? "--batch" : "--list-formats") +
+                              "' takes no other arguments");
+        }
+        return args.listFormats ? listFormats() : runBatch();
+    }
+    return runSingle(args);
+}
