@@ -2,7 +2,7 @@
 # Developer entry point. Installs what is missing (Debian bookworm, apt),
 # builds with the CMake presets and runs one job:
 #
-#   scripts/dev.sh examples   parse every bundled sample in examples/ with qvx-parse
+#   scripts/dev.sh examples   parse every bundled sample in examples/samples/ with qvx-parse
 #   scripts/dev.sh test       run all tests, in the release and the sanitizer build
 #   scripts/dev.sh bench      run the benchmarks (release build)
 #   scripts/dev.sh fuzz [s]   run the libFuzzer target for s seconds (default 60)
@@ -41,8 +41,8 @@ case "${1:-}" in
         deps
         build_default >/dev/null
         status=0
-        for sample in examples/*.txt; do
-            format=$(basename "$sample" .txt)
+        for sample in examples/samples/*; do
+            format=$(basename "$sample"); format=${format%.*}
             echo "== $format ($sample)"
             build/default/tools/qvx-parse --format "$format" --input "$sample" || status=1
             echo

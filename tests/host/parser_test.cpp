@@ -2,6 +2,9 @@
 // the usage event a host's capture library receives.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -125,3 +128,29 @@ TEST(Parser, ResultsOutliveTheParser) {
 }
 
 }  // namespace
+
+// The quick start parses every bundled sample: each must name a format and parse.
+TEST(Parser, BundledSamplesParse) {
+    namespace fs = std::filesystem;
+    std::size_t count = 0;
+    for (const auto& entry : fs::directory_iterator(QVX_SAMPLES_DIR)) {
+        const std::string name = entry.path().stem().string();
+        auto format = parser::dataFormatFromName(name);
+        ASSERT_TRUE(format.has_value()) << "sample not named after a format: " << entry.path();
+        auto created = qvx::Parser::create(nullptr, *format);
+        ASSERT_TRUE(created.ok()) << created.error();
+        std::ifstream in(entry.path(), std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(in)),
+                                std::istreambuf_iterator<char>());
+        auto outcome = created.value()->parse(bytes);
+        EXPECT_TRUE(outcome.ok()) << entry.path() << ": " << outcome.error()->message;
+        ++count;
+    }
+    for (const auto& [format, name] : parser::dataFormatTable()) {
+        if (qvx::Parser::isFormatAvailable(format)) {
+            EXPECT_TRUE(fs::exists(fs::path(QVX_SAMPLES_DIR) / (name + ".txt")))
+                << "every available format has a bundled sample: " << name;
+        }
+    }
+    EXPECT_GT(count, 0u);
+}
