@@ -6,6 +6,7 @@
 #   scripts/dev.sh test       run all tests, in the release and the sanitizer build
 #   scripts/dev.sh bench      run the benchmarks (release build)
 #   scripts/dev.sh fuzz [s]   run the libFuzzer target for s seconds (default 60)
+#   scripts/dev.sh lint       clang-format check and clang-tidy over src/ and tools/
 #   scripts/dev.sh deps       only install the build dependencies
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -66,8 +67,15 @@ case "${1:-}" in
         mkdir -p build/fuzz/corpus
         build/fuzz/fuzz/qvx_fuzz_parse -max_total_time="${2:-60}" build/fuzz/corpus fuzz/seeds
         ;;
+    lint)
+        deps clang-format clang-tidy
+        cmake --preset default >/dev/null
+        files=$(git ls-files '*.cpp' '*.h')
+        clang-format --dry-run -Werror $files
+        git ls-files 'src/*.cpp' 'tools/*.cpp' | xargs -P"$(nproc)" -n4 clang-tidy -p build/default --quiet
+        ;;
     *)
-        echo "usage: scripts/dev.sh examples|test|bench|fuzz [seconds]|deps" >&2
+        echo "usage: scripts/dev.sh examples|test|bench|fuzz [seconds]|lint|deps" >&2
         exit 2
         ;;
 esac

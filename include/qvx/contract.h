@@ -13,11 +13,11 @@ namespace parser::contract {
 
 // Composes the failure text and aborts. Nothing is printed; the text is kept in
 // `lastFailure()` so that a debugger or crash reporter can read it.
-[[noreturn]] void fail(std::string text);
+[[noreturn]] void fail(const std::string& text);
 
 // Prints "parser: <file>:<line>: <message>" to standard error, then aborts.
 // `file` is the path from the source root.
-[[noreturn]] void failWithLocation(const char* file, int line, std::string message);
+[[noreturn]] void failWithLocation(const char* file, int line, const std::string& message);
 
 // The text of the failure in progress, for post-mortem inspection.
 const char* lastFailure() noexcept;

@@ -13,12 +13,12 @@ void remember(const std::string& text) {
 }
 }  // namespace
 
-void fail(std::string text) {
+void fail(const std::string& text) {
     remember(text);
     std::abort();
 }
 
-void failWithLocation(const char* file, int line, std::string message) {
+void failWithLocation(const char* file, int line, const std::string& message) {
     remember(message);
     std::fprintf(stderr, "parser: %s:%d: %s\n", file, line, message.c_str());
     std::fflush(stderr);
