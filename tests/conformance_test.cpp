@@ -14,10 +14,10 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "base64.h"
 #include "qvx/qvx.h"
 
 namespace {
@@ -32,28 +32,6 @@ struct Case {
     std::string label;
     std::string loadError;
 };
-
-std::string decodeBase64(const std::string& text) {
-    static const std::string alphabet =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    unsigned buffer = 0;
-    int bits = 0;
-    for (char c : text) {
-        if (c == '=')
-            break;
-        auto pos = alphabet.find(c);
-        if (pos == std::string::npos)
-            throw std::runtime_error("bad base64 in test data");
-        buffer = (buffer << 6) | static_cast<unsigned>(pos);
-        bits += 6;
-        if (bits >= 8) {
-            bits -= 8;
-            out.push_back(static_cast<char>((buffer >> bits) & 0xFF));
-        }
-    }
-    return out;
-}
 
 std::string sanitize(std::string text) {
     for (char& c : text) {
@@ -132,9 +110,14 @@ TEST_P(Conformance, Case) {
     ASSERT_EQ(optionsError, "") << "unexpected options failure";
 
     ASSERT_EQ(spec.count("data") + spec.count("dataBase64"), 1u) << "give data or dataBase64";
-    const std::string input = spec.contains("data")
-                                  ? spec["data"].get<std::string>()
-                                  : decodeBase64(spec["dataBase64"].get<std::string>());
+    std::string input;
+    if (spec.contains("data")) {
+        input = spec["data"].get<std::string>();
+    } else {
+        auto decoded = qvx_cli::decodeBase64(spec["dataBase64"].get<std::string>());
+        ASSERT_TRUE(decoded.has_value()) << "dataBase64 is not valid base64";
+        input = std::move(*decoded);
+    }
     auto outcome = parser->parse(input);
 
     if (spec.contains("error")) {
