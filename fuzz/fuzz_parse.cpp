@@ -8,26 +8,21 @@
 #include "qvx/qvx.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < 2)
-        return 0;
+    if (size < 2) return 0;
     const auto& table = parser::dataFormatTable();
     const ParserDataFormat format = table[data[0] % table.size()].first;
-    if (!qvx::Parser::isFormatAvailable(format))
-        return 0;
+    if (!qvx::Parser::isFormatAvailable(format)) return 0;
 
     std::size_t optionsLength = data[1];
-    if (optionsLength > size - 2)
-        optionsLength = size - 2;
+    if (optionsLength > size - 2) optionsLength = size - 2;
     const char* bytes = reinterpret_cast<const char*>(data);
     const std::string options(bytes + 2, optionsLength);
     const std::string input(bytes + 2 + optionsLength, size - 2 - optionsLength);
 
     auto created = qvx::Parser::create(nullptr, format);
-    if (!created.ok())
-        return 0;
+    if (!created.ok()) return 0;
     auto parser = created.value();
-    if (!options.empty())
-        (void)parser->setOptions(options);
+    if (!options.empty()) (void)parser->setOptions(options);
     auto outcome = parser->parse(input);
     if (outcome.ok()) {
         // The stored text and the JSON form must agree for every result.

@@ -33,11 +33,9 @@ int main(int argc, char** argv) {
         if (std::filesystem::is_directory(arg)) {
             std::vector<std::filesystem::path> files;
             for (const auto& entry : std::filesystem::recursive_directory_iterator(arg)) {
-                if (entry.is_regular_file())
-                    files.push_back(entry.path());
+                if (entry.is_regular_file()) files.push_back(entry.path());
             }
-            for (const auto& file : files)
-                replay(file), ++count;
+            for (const auto& file : files) replay(file), ++count;
         } else {
             replay(arg), ++count;
         }

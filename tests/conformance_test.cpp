@@ -35,8 +35,7 @@ struct Case {
 
 std::string sanitize(std::string text) {
     for (char& c : text) {
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
     }
     return text;
 }
@@ -44,8 +43,7 @@ std::string sanitize(std::string text) {
 std::vector<Case> loadCases() {
     std::vector<Case> cases;
     const fs::path root = QVX_TEST_DATA_DIR;
-    if (!fs::exists(root))
-        return cases;
+    if (!fs::exists(root)) return cases;
     std::vector<fs::path> files;
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
         if (entry.is_regular_file() && entry.path().extension() == ".json") {
@@ -90,15 +88,12 @@ TEST_P(Conformance, Case) {
 
     ASSERT_LE(spec.count("options") + spec.count("optionsText"), 1u);
     std::optional<std::string> optionsText;
-    if (spec.contains("options"))
-        optionsText = spec["options"].dump();
-    if (spec.contains("optionsText"))
-        optionsText = spec["optionsText"].get<std::string>();
+    if (spec.contains("options")) optionsText = spec["options"].dump();
+    if (spec.contains("optionsText")) optionsText = spec["optionsText"].get<std::string>();
     std::string optionsError;
     if (optionsText) {
         auto set = parser->setOptions(*optionsText);
-        if (!set.ok())
-            optionsError = set.error();
+        if (!set.ok()) optionsError = set.error();
     }
     if (spec.contains("optionsAfter")) {
         EXPECT_EQ(parser->optionsToJSON(), spec["optionsAfter"]);

@@ -10,8 +10,7 @@
 namespace qvx_cli {
 
 void printParsedData(std::ostream& out, const parser::ParsedData& data) {
-    if (data.fields().empty())
-        out << "(no fields)\n";
+    if (data.fields().empty()) out << "(no fields)\n";
     for (const auto& field : data.fields()) {
         out << escapeForDisplay(field->name, false) << '\n';
         out << "    raw:    \"" << escapeForDisplay(field->rawString, true) << "\"\n";
@@ -38,8 +37,7 @@ void printIssue(std::ostream& out, const parser::ParserIssue& issue) {
     std::sort(details.begin(), details.end());
     for (const auto& [key, value] : details) {
         std::string name = parser::issueInfoKeyName(static_cast<ParserIssueInfoKey>(key));
-        if (name.empty())
-            name = std::to_string(key);
+        if (name.empty()) name = std::to_string(key);
         out << "    " << name << ": " << escapeForDisplay(value, false) << '\n';
     }
 }

@@ -126,15 +126,11 @@ std::optional<std::string> parseArgs(int argc, char** argv, Args& args) {
             inlineValue = arg.substr(eq + 1);
         }
         std::optional<std::string>* slot = nullptr;
-        if (name == "--format")
-            slot = &args.format;
-        if (name == "--options")
-            slot = &args.options;
-        if (name == "--input")
-            slot = &args.input;
+        if (name == "--format") slot = &args.format;
+        if (name == "--options") slot = &args.options;
+        if (name == "--input") slot = &args.input;
         if (slot != nullptr) {
-            if (*slot)
-                return "'" + name + "' is given twice";
+            if (*slot) return "'" + name + "' is given twice";
             if (inlineValue) {
                 *slot = *inlineValue;
             } else if (i + 1 < argc) {
@@ -145,8 +141,7 @@ std::optional<std::string> parseArgs(int argc, char** argv, Args& args) {
             ++args.otherArguments;
             continue;
         }
-        if (inlineValue)
-            return "'" + name + "' takes no value";
+        if (inlineValue) return "'" + name + "' takes no value";
         if (arg == "--batch") {
             args.batch = true;
         } else if (arg == "--json") {
@@ -202,26 +197,21 @@ std::optional<std::string> readInput(const std::optional<std::string>& path, boo
                                      std::string& data) {
     if (!path || *path == "-") {
         auto bytes = qvx_cli::readAll(stdin);
-        if (!bytes)
-            return std::string("cannot read standard input");
+        if (!bytes) return std::string("cannot read standard input");
         data = std::move(*bytes);
-        if (human)
-            qvx_cli::stripOneLineEnd(data);
+        if (human) qvx_cli::stripOneLineEnd(data);
         return std::nullopt;
     }
     std::string why;
     auto bytes = qvx_cli::readFile(*path, why);
-    if (!bytes)
-        return "cannot read '" + *path + "': " + why;
+    if (!bytes) return "cannot read '" + *path + "': " + why;
     data = std::move(*bytes);
     return std::nullopt;
 }
 
 int runSingle(const Args& args) {
-    if (!args.format)
-        return usageError("'--format' is missing");
-    if (args.positionals.size() > 1)
-        return usageError("too many arguments");
+    if (!args.format) return usageError("'--format' is missing");
+    if (args.positionals.size() > 1) return usageError("too many arguments");
     if (!args.positionals.empty() && args.input) {
         return usageError(args.json ? "give FILE or '--input', not both"
                                     : "give TEXT or '--input', not both");
@@ -232,8 +222,7 @@ int runSingle(const Args& args) {
 
     Request request;
     auto format = parser::dataFormatFromName(*args.format);
-    if (!format)
-        return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
+    if (!format) return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
     if (!qvx::Parser::isFormatAvailable(*format)) {
         // Checked before reading any input; the library words the reason.
         auto created = qvx::Parser::create(nullptr, *format);
@@ -248,43 +237,35 @@ int runSingle(const Args& args) {
         if (args.escapes) {
             std::string why;
             auto text = qvx_cli::unescape(request.data, why);
-            if (!text)
-                return usageError("bad escape in TEXT: " + why);
+            if (!text) return usageError("bad escape in TEXT: " + why);
             request.data = std::move(*text);
         }
     } else {
         std::optional<std::string> path = args.input;
-        if (!path && !args.positionals.empty())
-            path = args.positionals.front();
-        if (auto error = readInput(path, !args.json, request.data))
-            return runtimeError(*error);
+        if (!path && !args.positionals.empty()) path = args.positionals.front();
+        if (auto error = readInput(path, !args.json, request.data)) return runtimeError(*error);
     }
 
     auto run = qvx_cli::runRequest(request);
-    if (!run)
-        return runtimeError(run.error());
+    if (!run) return runtimeError(run.error());
     const auto& response = run.value();
 
     if (args.json) {
         std::cout << qvx_cli::compactLine(qvx_cli::responseToJson(request, response)) << '\n';
         std::cout.flush();
-        if (!std::cout)
-            return runtimeError("cannot write to standard output");
-        if (response.optionsError)
-            return kExitUsage;
+        if (!std::cout) return runtimeError("cannot write to standard output");
+        if (response.optionsError) return kExitUsage;
         return response.parse->ok() ? kExitOk : kExitParseFailed;
     }
 
-    if (response.optionsError)
-        return runtimeError(*response.optionsError);
+    if (response.optionsError) return runtimeError(*response.optionsError);
     if (!response.parse->ok()) {
         qvx_cli::printIssue(std::cerr, *response.parse->error());
         return kExitParseFailed;
     }
     qvx_cli::printParsedData(std::cout, *response.parse->value());
     std::cout.flush();
-    if (!std::cout)
-        return runtimeError("cannot write to standard output");
+    if (!std::cout) return runtimeError("cannot write to standard output");
     return kExitOk;
 }
 
@@ -292,8 +273,7 @@ int runSingle(const Args& args) {
 
 int main(int argc, char** argv) {
     Args args;
-    if (auto error = parseArgs(argc, argv, args))
-        return usageError(*error);
+    if (auto error = parseArgs(argc, argv, args)) return usageError(*error);
     if (args.help) {
         std::cout << kSynopsis << kDetails;
         return kExitOk;
@@ -303,8 +283,7 @@ int main(int argc, char** argv) {
         return kExitOk;
     }
     int modes = int(args.batch) + int(args.json) + int(args.listFormats);
-    if (modes > 1)
-        return usageError("choose one of '--batch', '--json' and '--list-formats'");
+    if (modes > 1) return usageError("choose one of '--batch', '--json' and '--list-formats'");
     if (args.listFormats || args.batch) {
         if (args.otherArguments > 0) {
             return usageError(std::string("'") + (args.batch ? "--batch" : "--list-formats") +

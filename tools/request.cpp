@@ -26,11 +26,9 @@ using RequestResult = parser::result<Request, std::string>;
 // An optional boolean member of a batch line; false when absent.
 bool readFlag(const json& line, const char* key, std::string& error) {
     auto it = line.find(key);
-    if (it == line.end())
-        return false;
+    if (it == line.end()) return false;
     if (!it->is_boolean()) {
-        if (error.empty())
-            error = std::string("\"") + key + "\" must be a boolean";
+        if (error.empty()) error = std::string("\"") + key + "\" must be a boolean";
         return false;
     }
     return it->get<bool>();
@@ -40,14 +38,11 @@ RequestResult requestFromLine(const json& line) {
     Request request;
 
     auto format = line.find("format");
-    if (format == line.end())
-        return RequestResult::failure("missing \"format\"");
-    if (!format->is_string())
-        return RequestResult::failure("\"format\" must be a string");
+    if (format == line.end()) return RequestResult::failure("missing \"format\"");
+    if (!format->is_string()) return RequestResult::failure("\"format\" must be a string");
     const auto& name = format->get_ref<const std::string&>();
     auto value = parser::dataFormatFromName(name);
-    if (!value)
-        return RequestResult::failure("unknown format \"" + name + "\"");
+    if (!value) return RequestResult::failure("unknown format \"" + name + "\"");
     request.format = *value;
 
     auto data = line.find("data");
@@ -56,16 +51,14 @@ RequestResult requestFromLine(const json& line) {
         return RequestResult::failure("give only one of \"data\" and \"dataBase64\"");
     }
     if (data != line.end()) {
-        if (!data->is_string())
-            return RequestResult::failure("\"data\" must be a string");
+        if (!data->is_string()) return RequestResult::failure("\"data\" must be a string");
         request.data = data->get<std::string>();
     } else if (data64 != line.end()) {
         if (!data64->is_string()) {
             return RequestResult::failure("\"dataBase64\" must be a string");
         }
         auto bytes = decodeBase64(data64->get_ref<const std::string&>());
-        if (!bytes)
-            return RequestResult::failure("\"dataBase64\" is not valid standard base64");
+        if (!bytes) return RequestResult::failure("\"dataBase64\" is not valid standard base64");
         request.data = std::move(*bytes);
     } else {
         return RequestResult::failure("missing \"data\" or \"dataBase64\"");
@@ -89,8 +82,7 @@ RequestResult requestFromLine(const json& line) {
     request.showOptions = readFlag(line, "showOptions", error);
     request.showEvents = readFlag(line, "showEvents", error);
     request.showJsonString = readFlag(line, "showJsonString", error);
-    if (!error.empty())
-        return RequestResult::failure(error);
+    if (!error.empty()) return RequestResult::failure(error);
     return RequestResult::success(std::move(request));
 }
 
@@ -106,19 +98,16 @@ bar::result<Response, std::string> runRequest(const Request& request) {
     using Result = bar::result<Response, std::string>;
     auto sink = std::make_shared<RecordingSink>();
     auto created = qvx::Parser::create(std::make_shared<qvx::core::Context>(sink), request.format);
-    if (!created)
-        return Result::failure(created.error());
+    if (!created) return Result::failure(created.error());
     const auto& parser = created.value();
 
     Response response;
     if (request.optionsText) {
         auto set = parser->setOptions(*request.optionsText);
-        if (!set)
-            response.optionsError = set.error();
+        if (!set) response.optionsError = set.error();
     }
     response.options = parser->optionsToJSON();
-    if (!response.optionsError)
-        response.parse = parser->parse(request.data);
+    if (!response.optionsError) response.parse = parser->parse(request.data);
     response.events = std::move(sink->events);
     return Result::success(std::move(response));
 }
@@ -127,8 +116,7 @@ json issueToJson(const parser::ParserIssue& issue) {
     json info = json::object();
     for (const auto& [key, value] : issue.additionalInfo) {
         std::string name = parser::issueInfoKeyName(key);
-        if (name.empty())
-            name = std::to_string(static_cast<int>(key));
+        if (name.empty()) name = std::to_string(static_cast<int>(key));
         info[name] = value;
     }
     return {{"message", issue.message},
@@ -146,25 +134,20 @@ json responseToJson(const Request& request, const Response& response) {
         out["ok"] = true;
         out["fields"] = data.asJson();
         out["warnings"] = data.warnings();
-        if (request.showJsonString)
-            out["jsonString"] = data.jsonString();
+        if (request.showJsonString) out["jsonString"] = data.jsonString();
     } else if (response.parse) {
         out["ok"] = false;
         out["error"] = issueToJson(*response.parse->error());
     }
-    if (request.showOptions)
-        out["options"] = response.options;
-    if (request.showEvents)
-        out["events"] = response.events;
+    if (request.showOptions) out["options"] = response.options;
+    if (request.showEvents) out["events"] = response.events;
     return out;
 }
 
 json handleBatchLine(std::string_view line) {
     json out = json::object();
-    if (!line.empty() && line.back() == '\r')
-        line.remove_suffix(1);
-    if (line.empty())
-        return inputError(std::move(out), "empty line");
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    if (line.empty()) return inputError(std::move(out), "empty line");
 
     json input;
     try {
@@ -177,17 +160,13 @@ json handleBatchLine(std::string_view line) {
         }
         return inputError(std::move(out), "line is not valid JSON: " + std::string(what));
     }
-    if (!input.is_object())
-        return inputError(std::move(out), "line is not a JSON object");
-    if (auto id = input.find("id"); id != input.end())
-        out["id"] = *id;
+    if (!input.is_object()) return inputError(std::move(out), "line is not a JSON object");
+    if (auto id = input.find("id"); id != input.end()) out["id"] = *id;
 
     auto request = requestFromLine(input);
-    if (!request)
-        return inputError(std::move(out), request.error());
+    if (!request) return inputError(std::move(out), request.error());
     auto response = runRequest(request.value());
-    if (!response)
-        return inputError(std::move(out), response.error());
+    if (!response) return inputError(std::move(out), response.error());
 
     json answer = responseToJson(request.value(), response.value());
     answer.update(out);

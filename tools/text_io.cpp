@@ -8,12 +8,9 @@ namespace qvx_cli {
 namespace {
 
 int hexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
 }
 
@@ -37,26 +34,19 @@ std::size_t utf8SequenceLength(std::string_view bytes) {
         length = 2;
     } else if (lead >= 0xE0 && lead <= 0xEF) {
         length = 3;
-        if (lead == 0xE0)
-            low = 0xA0;
-        if (lead == 0xED)
-            high = 0x9F;
+        if (lead == 0xE0) low = 0xA0;
+        if (lead == 0xED) high = 0x9F;
     } else if (lead >= 0xF0 && lead <= 0xF4) {
         length = 4;
-        if (lead == 0xF0)
-            low = 0x90;
-        if (lead == 0xF4)
-            high = 0x8F;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;
     } else {
         return 0;
     }
-    if (bytes.size() < length)
-        return 0;
-    if (at(1) < low || at(1) > high)
-        return 0;
+    if (bytes.size() < length) return 0;
+    if (at(1) < low || at(1) > high) return 0;
     for (std::size_t i = 2; i < length; ++i) {
-        if (at(i) < 0x80 || at(i) > 0xBF)
-            return 0;
+        if (at(i) < 0x80 || at(i) > 0xBF) return 0;
     }
     return length;
 }
@@ -69,11 +59,9 @@ std::optional<std::string> readAll(std::FILE* stream) {
     for (;;) {
         std::size_t n = std::fread(buffer, 1, sizeof buffer, stream);
         out.append(buffer, n);
-        if (n < sizeof buffer)
-            break;
+        if (n < sizeof buffer) break;
     }
-    if (std::ferror(stream))
-        return std::nullopt;
+    if (std::ferror(stream)) return std::nullopt;
     return out;
 }
 
@@ -85,8 +73,7 @@ std::optional<std::string> readFile(const std::string& path, std::string& why) {
     }
     errno = 0;
     auto content = readAll(file);
-    if (!content)
-        why = errno != 0 ? std::strerror(errno) : "read error";
+    if (!content) why = errno != 0 ? std::strerror(errno) : "read error";
     std::fclose(file);
     return content;
 }

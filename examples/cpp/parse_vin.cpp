@@ -30,8 +30,7 @@ int main(int argc, char** argv) {
     }
     for (const auto& field : outcome.value()->fields()) {
         std::cout << field->name << " = " << field->parsed.dump() << "\n";
-        for (const auto& issue : field->issues)
-            std::cout << "  issue: " << issue->message << "\n";
+        for (const auto& issue : field->issues) std::cout << "  issue: " << issue->message << "\n";
     }
     return 0;
 }

@@ -25,15 +25,13 @@ const char* lastFailure() noexcept;
 }  // namespace parser::contract
 
 // Aborts through `parser::contract::fail` with the given text when `cond` is false.
-#define QVX_REQUIRE(cond, text)             \
-    do {                                    \
-        if (!(cond))                        \
-            ::parser::contract::fail(text); \
+#define QVX_REQUIRE(cond, text)                      \
+    do {                                             \
+        if (!(cond)) ::parser::contract::fail(text); \
     } while (false)
 
 // Aborts with a located line on standard error.
-#define QVX_GUARD(cond, message)                                               \
-    do {                                                                       \
-        if (!(cond))                                                           \
-            ::parser::contract::failWithLocation(__FILE__, __LINE__, message); \
+#define QVX_GUARD(cond, message)                                                        \
+    do {                                                                                \
+        if (!(cond)) ::parser::contract::failWithLocation(__FILE__, __LINE__, message); \
     } while (false)

@@ -31,8 +31,7 @@ const std::string& dataFormatName(ParserDataFormat format) {
 
 std::optional<ParserDataFormat> dataFormatFromName(std::string_view name) {
     for (const auto& [format, formatName] : dataFormatTable()) {
-        if (formatName == name)
-            return format;
+        if (formatName == name) return format;
     }
     return std::nullopt;
 }

@@ -29,10 +29,8 @@ std::optional<int> extractInt(std::string_view text) {
     std::istringstream in{std::string(text)};
     in.imbue(std::locale::classic());
     int value = 0;
-    if (!(in >> value))
-        return std::nullopt;
-    if (in.peek() != std::istringstream::traits_type::eof())
-        return std::nullopt;
+    if (!(in >> value)) return std::nullopt;
+    if (in.peek() != std::istringstream::traits_type::eof()) return std::nullopt;
     return value;
 }
 
@@ -63,10 +61,8 @@ bool Date::isLeapYear(int year) {
 
 int Date::getLastDayOfMonth(int month, int year) {
     static constexpr std::array<int, 12> kDays = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (month < 1 || month > 12)
-        return 0;
-    if (month == 2 && isLeapYear(year))
-        return 29;
+    if (month < 1 || month > 12) return 0;
+    if (month == 2 && isLeapYear(year)) return 29;
     return kDays[static_cast<std::size_t>(month - 1)];
 }
 
@@ -77,8 +73,7 @@ int Date::getCurrentYear() {
 Date Date::getCurrentDate() {
     {
         const std::lock_guard<std::mutex> lock(gOverrideMutex);
-        if (gOverrideDate)
-            return *gOverrideDate;
+        if (gOverrideDate) return *gOverrideDate;
     }
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     std::tm local{};
@@ -92,8 +87,7 @@ void Date::overrideCurrentDate(std::optional<Date> date) {
 }
 
 void Date::setDayToLastDayOfMonthIfUndefined() {
-    if (day == 0)
-        day = getLastDayOfMonth(month, year);
+    if (day == 0) day = getLastDayOfMonth(month, year);
 }
 
 Date Date::addYears(int years) const {
@@ -221,13 +215,11 @@ result<Date, std::string> dateFromMrzYYMMDD(ParserStringRef text, char filler) {
     std::array<int, 3> parts = {-1, 0, 0};
     for (std::size_t index = 0; index < parts.size(); ++index) {
         ParserStringRef part = text.slice(2 * index, 2 * index + 2);
-        if (part.back() == static_cast<unsigned char>(filler))
-            part = part.drop_back(1);
+        if (part.back() == static_cast<unsigned char>(filler)) part = part.drop_back(1);
         if (!part.empty() && part.front() == static_cast<unsigned char>(filler)) {
             part = part.drop_front(1);
         }
-        if (part.empty())
-            continue;
+        if (part.empty()) continue;
         const auto value = extractInt(part.view());
         if (!value) {
             return result<Date, std::string>::failure("Invalid date: \"" + text.str() +
@@ -242,10 +234,8 @@ int yearFromTwoDigits(int twoDigitYear, int referenceYear) {
     const std::int64_t century = std::int64_t{referenceYear} / 100 * 100;
     const std::int64_t candidate = twoDigitYear + century;
     const std::int64_t distance = candidate - referenceYear;
-    if (distance >= 51)
-        return narrow(candidate - 100);
-    if (distance <= -50)
-        return narrow(candidate + 100);
+    if (distance >= 51) return narrow(candidate - 100);
+    if (distance <= -50) return narrow(candidate + 100);
     return narrow(candidate);
 }
 
@@ -253,15 +243,13 @@ nlohmann::json dateToJson(const Date& date) {
     nlohmann::json json = nlohmann::json::object();
     json["year"] = date.year;
     json["month"] = date.month;
-    if (date.day != 0)
-        json["day"] = date.day;
+    if (date.day != 0) json["day"] = date.day;
     return json;
 }
 
 std::optional<int> readDigits(ParserStringRef text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] < '0' || text[i] > '9')
-            return std::nullopt;
+        if (text[i] < '0' || text[i] > '9') return std::nullopt;
     }
     return extractInt(text.view());
 }
@@ -274,8 +262,7 @@ int monthFromName(ParserStringRef text) {
     static constexpr std::array<std::string_view, 12> kNames = {
         "JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
     for (std::size_t i = 0; i < kNames.size(); ++i) {
-        if (text.view() == kNames[i])
-            return static_cast<int>(i) + 1;
+        if (text.view() == kNames[i]) return static_cast<int>(i) + 1;
     }
     return -1;
 }

@@ -3,9 +3,8 @@
 #pragma once
 
 #include <memory>
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "qvx/bc_parser.h"
 
@@ -22,7 +21,9 @@ std::unique_ptr<ParserOptionsOutcome> walk(const nlohmann::json& options, Handle
     return ParserOptionsOutcome::success();
 }
 
-inline std::string invalidOption(const std::string& key) { return "invalid option: " + key; }
+inline std::string invalidOption(const std::string& key) {
+    return "invalid option: " + key;
+}
 
 inline std::string mustBeBoolean(const std::string& key) {
     return "option '" + key + "' must be boolean";

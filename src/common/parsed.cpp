@@ -11,15 +11,13 @@ ParsedField::ParsedField(std::string name, std::string rawString, nlohmann::json
 ParsedField::ParsedField(std::string name, std::string rawString, nlohmann::json parsed,
                          const std::string& issueText)
     : ParsedField(std::move(name), std::move(rawString), std::move(parsed)) {
-    if (!issueText.empty())
-        issues.push_back(ParserIssue::generic(issueText));
+    if (!issueText.empty()) issues.push_back(ParserIssue::generic(issueText));
 }
 
 ParsedField::ParsedField(std::string name, std::string rawString, nlohmann::json parsed,
                          std::shared_ptr<ParserIssue> issue)
     : ParsedField(std::move(name), std::move(rawString), std::move(parsed)) {
-    if (issue)
-        issues.push_back(std::move(issue));
+    if (issue) issues.push_back(std::move(issue));
 }
 
 namespace {
@@ -31,8 +29,7 @@ nlohmann::json fieldToJson(const ParsedField& field) {
     };
     if (!field.issues.empty()) {
         nlohmann::json& messages = object["issues"] = nlohmann::json::array();
-        for (const auto& issue : field.issues)
-            messages.push_back(issue->message);
+        for (const auto& issue : field.issues) messages.push_back(issue->message);
     }
     return object;
 }
@@ -40,15 +37,13 @@ nlohmann::json fieldToJson(const ParsedField& field) {
 
 nlohmann::json fieldsToJson(const std::vector<ParsedField>& fields) {
     nlohmann::json array = nlohmann::json::array();
-    for (const auto& field : fields)
-        array.push_back(fieldToJson(field));
+    for (const auto& field : fields) array.push_back(fieldToJson(field));
     return array;
 }
 
 nlohmann::json fieldsToJson(const std::vector<std::shared_ptr<ParsedField>>& fields) {
     nlohmann::json array = nlohmann::json::array();
-    for (const auto& field : fields)
-        array.push_back(fieldToJson(*field));
+    for (const auto& field : fields) array.push_back(fieldToJson(*field));
     return array;
 }
 
@@ -83,8 +78,7 @@ void ParserResult::replaceField(std::size_t index, std::string name, std::string
 
 const ParsedField* ParserResult::getFieldByName(const std::string& name) const {
     for (const auto& field : fields) {
-        if (field.name == name)
-            return &field;
+        if (field.name == name) return &field;
     }
     return nullptr;
 }
@@ -100,11 +94,9 @@ void ParserResult::addWarning(std::shared_ptr<ParserIssue> issue) {
 ParsedData::ParsedData(const ParserResult& result)
     : normalizedText_(result.normalizedText), jsonString_(result.jsonString()) {
     fields_.reserve(result.fields.size());
-    for (const auto& field : result.fields)
-        fields_.push_back(std::make_shared<ParsedField>(field));
+    for (const auto& field : result.fields) fields_.push_back(std::make_shared<ParsedField>(field));
     warnings_.reserve(result.warnings.size());
-    for (const auto& warning : result.warnings)
-        warnings_.push_back(warning->message);
+    for (const auto& warning : result.warnings) warnings_.push_back(warning->message);
 }
 
 ParsedData::ParsedData(ParserResult&& result)
@@ -114,14 +106,12 @@ ParsedData::ParsedData(ParserResult&& result)
         fields_.push_back(std::make_shared<ParsedField>(std::move(field)));
     }
     warnings_.reserve(result.warnings.size());
-    for (const auto& warning : result.warnings)
-        warnings_.push_back(warning->message);
+    for (const auto& warning : result.warnings) warnings_.push_back(warning->message);
 }
 
 std::shared_ptr<ParsedField> ParsedData::getFieldByName(const std::string& name) const {
     for (const auto& field : fields_) {
-        if (field->name == name)
-            return field;
+        if (field->name == name) return field;
     }
     return nullptr;
 }

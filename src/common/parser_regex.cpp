@@ -68,8 +68,7 @@ bool ParserRegex::isFullMatch(ParserStringRef subject) const {
 bool ParserRegex::isFullMatch(const std::string& subject, std::vector<std::string>& groups) const {
     try {
         std::smatch match;
-        if (!std::regex_match(subject, match, regex_))
-            return false;
+        if (!std::regex_match(subject, match, regex_)) return false;
         appendGroups(match, groups);
         return true;
     } catch (const std::exception&) {
@@ -89,8 +88,7 @@ bool ParserRegex::isPartialMatch(const std::string& subject,
                                  std::vector<std::string>& groups) const {
     try {
         std::smatch match;
-        if (!std::regex_search(subject, match, regex_))
-            return false;
+        if (!std::regex_search(subject, match, regex_)) return false;
         appendGroups(match, groups);
         return true;
     } catch (const std::exception&) {
@@ -102,8 +100,7 @@ bool ParserRegex::isPartialMatch(const std::string& subject,
                                  std::vector<MatchDescriptor>& groups) const {
     try {
         std::smatch match;
-        if (!std::regex_search(subject, match, regex_))
-            return false;
+        if (!std::regex_search(subject, match, regex_)) return false;
         std::vector<MatchDescriptor> found;
         found.reserve(match.size());
         for (std::size_t i = 0; i < match.size(); ++i) {
@@ -125,8 +122,7 @@ bool ParserRegex::foundPartialMatchWhileAdvancing(ParserStringRef& subject,
                                                   std::vector<std::string>& groups) const {
     try {
         std::cmatch match;
-        if (!std::regex_search(subject.begin(), subject.end(), match, regex_))
-            return false;
+        if (!std::regex_search(subject.begin(), subject.end(), match, regex_)) return false;
         appendGroups(match, groups);
         subject = ParserStringRef(match[0].second, subject.end());
         return true;
@@ -162,8 +158,7 @@ std::optional<ParserStringRef> ParserRegex::getBestMatchingSubstring(
             return std::nullopt;
         }
         const auto& best = regex_.mark_count() >= 1 ? match[1] : match[0];
-        if (!best.matched)
-            return ParserStringRef(subject.end(), subject.end());
+        if (!best.matched) return ParserStringRef(subject.end(), subject.end());
         return ParserStringRef(best.first, best.second);
     } catch (const std::exception&) {
         return std::nullopt;

@@ -19,7 +19,7 @@ enum class ParserRegexDialect : int {
 // A compiled pattern over std::basic_regex<char>. Patterns a parser needs on
 // every call are compiled once, at load time or on first use, never per call.
 class ParserRegex {
-public:
+  public:
     struct MatchDescriptor {
         std::string text;
         std::int64_t position = 0;  // bytes from the start of the subject
@@ -34,8 +34,7 @@ public:
 
     // Empty when the standard library rejects the pattern; never throws. An
     // unknown dialect is a contract failure.
-    static std::optional<ParserRegex> compile(ParserStringRef pattern,
-                                              ParserRegexDialect dialect);
+    static std::optional<ParserRegex> compile(ParserStringRef pattern, ParserRegexDialect dialect);
 
     bool isFullMatch(ParserStringRef subject) const;
     // On success appends the whole match and then every group (a group that
@@ -54,6 +53,6 @@ public:
     // groups; points into `subject`.
     std::optional<ParserStringRef> getBestMatchingSubstring(ParserStringRef subject) const;
 
-private:
+  private:
     std::basic_regex<char> regex_;
 };

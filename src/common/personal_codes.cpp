@@ -35,8 +35,7 @@ constexpr CodeWord kHairColours[] = {
 template <std::size_t N>
 nlohmann::json lookUp(const CodeWord (&table)[N], std::string_view code) {
     for (const CodeWord& row : table) {
-        if (row.first == code)
-            return std::string(row.second);
+        if (row.first == code) return std::string(row.second);
     }
     return nullptr;
 }
@@ -56,8 +55,7 @@ nlohmann::json heightJson(std::int64_t cm, std::int64_t inch) {
 }  // namespace
 
 nlohmann::json sexFromCode(ParserStringRef code) {
-    if (code.empty())
-        return nullptr;
+    if (code.empty()) return nullptr;
     switch (code[0]) {
         case '1':
         case 'M':
@@ -76,15 +74,12 @@ nlohmann::json sexFromCode(ParserStringRef code) {
 
 nlohmann::json heightFromCode(ParserStringRef code) {
     int v = 0;
-    if (!readInt(code.str(), v))
-        return nullptr;
+    if (!readInt(code.str(), v)) return nullptr;
     // Small values are inches, mid-range values centimetres, and larger ones
     // feet and inches run together ("510" is 5'10"). Negative values are no
     // height at all but are passed through as inches rather than refused.
-    if (v < 100)
-        return heightJson(roundToInt(static_cast<float>(v) * 2.54f), v);
-    if (v <= 300)
-        return heightJson(v, roundToInt(static_cast<float>(v) * 0.393701f));
+    if (v < 100) return heightJson(roundToInt(static_cast<float>(v) * 2.54f), v);
+    if (v <= 300) return heightJson(v, roundToInt(static_cast<float>(v) * 0.393701f));
     const int inches = v % 100 + v / 100 * 12;  // at most INT_MAX / 100 * 12 + 99: no overflow
     return heightJson(roundToInt(static_cast<float>(inches) * 2.54f), inches);
 }
@@ -92,11 +87,9 @@ nlohmann::json heightFromCode(ParserStringRef code) {
 nlohmann::json eyeColourFromCode(ParserStringRef code) {
     const std::string_view text = trimWhitespace(code).view();
     nlohmann::json colour = lookUp(kEyeColours, text);
-    if (!colour.is_null())
-        return colour;
+    if (!colour.is_null()) return colour;
     for (std::string_view word : kEyeColourWords) {
-        if (word == text)
-            return std::string(word);
+        if (word == text) return std::string(word);
     }
     return nullptr;
 }

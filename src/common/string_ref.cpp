@@ -67,15 +67,13 @@ bool ParserStringRef::starts_with(char byte) const noexcept {
 }
 
 bool ParserStringRef::consume_prefix(const char* text, std::size_t len) noexcept {
-    if (!starts_with(text, len))
-        return false;
+    if (!starts_with(text, len)) return false;
     begin_ += len;
     return true;
 }
 
 bool ParserStringRef::consume_prefix(char byte) noexcept {
-    if (!starts_with(byte))
-        return false;
+    if (!starts_with(byte)) return false;
     ++begin_;
     return true;
 }
@@ -83,28 +81,24 @@ bool ParserStringRef::consume_prefix(char byte) noexcept {
 bool ParserStringRef::consume_any_prefix(
     std::initializer_list<std::string_view> prefixes) noexcept {
     for (std::string_view prefix : prefixes) {
-        if (consume_prefix(prefix))
-            return true;
+        if (consume_prefix(prefix)) return true;
     }
     return false;
 }
 
 const char* ParserStringRef::find_char(char byte) const noexcept {
-    if (empty())
-        return nullptr;
+    if (empty()) return nullptr;
     return static_cast<const char*>(std::memchr(begin_, byte, size()));
 }
 
 const char* ParserStringRef::find_char(char byte, std::size_t from) const noexcept {
-    if (from >= size())
-        return nullptr;
+    if (from >= size()) return nullptr;
     return drop_front(from).find_char(byte);
 }
 
 const char* ParserStringRef::find_substring(std::string_view sequence,
                                             std::size_t from) const noexcept {
-    if (from > size())
-        return end_;
+    if (from > size()) return end_;
     std::size_t at = view().find(sequence, from);
     return at == std::string_view::npos ? end_ : begin_ + at;
 }
@@ -114,11 +108,9 @@ const char* ParserStringRef::find_first_of(std::string_view set) const noexcept 
 }
 
 const char* ParserStringRef::find_nth_of(std::string_view set, std::size_t n) const noexcept {
-    if (n < 2)
-        n = 1;
+    if (n < 2) n = 1;
     for (const char* p = begin_; p != end_; ++p) {
-        if (set.find(*p) != std::string_view::npos && --n == 0)
-            return p;
+        if (set.find(*p) != std::string_view::npos && --n == 0) return p;
     }
     return nullptr;
 }
@@ -129,7 +121,6 @@ std::size_t ParserStringRef::offsetOf(const char* p) const {
 }
 
 std::ostream& operator<<(std::ostream& out, ParserStringRef ref) {
-    for (const char c : ref.view())
-        out.put(c);
+    for (const char c : ref.view()) out.put(c);
     return out;
 }

@@ -86,10 +86,8 @@ constexpr CharPair kLetterToDigit[] = {
 template <std::size_t N>
 constexpr std::array<char, 256> buildByteMap(const CharPair (&pairs)[N]) {
     std::array<char, 256> map{};
-    for (std::size_t b = 0; b < 256; ++b)
-        map[b] = static_cast<char>(static_cast<unsigned char>(b));
-    for (const CharPair& p : pairs)
-        map[static_cast<unsigned char>(p.first)] = p.second;
+    for (std::size_t b = 0; b < 256; ++b) map[b] = static_cast<char>(static_cast<unsigned char>(b));
+    for (const CharPair& p : pairs) map[static_cast<unsigned char>(p.first)] = p.second;
     return map;
 }
 
@@ -98,16 +96,14 @@ constexpr std::array<char, 256> kLetterToDigitMap = buildByteMap(kLetterToDigit)
 
 std::string mapBytes(const std::string& text, const std::array<char, 256>& map) {
     std::string out(text);
-    for (char& c : out)
-        c = map[static_cast<unsigned char>(c)];
+    for (char& c : out) c = map[static_cast<unsigned char>(c)];
     return out;
 }
 
 template <typename List>
 bool anyAccepts(unsigned char byte, const List& charsets) {
     for (Charset c : charsets) {
-        if (isCharInCharset(byte, c))
-            return true;
+        if (isCharInCharset(byte, c)) return true;
     }
     return false;
 }
@@ -115,11 +111,9 @@ bool anyAccepts(unsigned char byte, const List& charsets) {
 template <typename List>
 bool allInCharsets(const char* begin, const char* end, const List& charsets) {
     QVX_GUARD(charsets.size() != 0, "charset list must not be empty");
-    if (begin == end)
-        return false;
+    if (begin == end) return false;
     for (const char* p = begin; p != end; ++p) {
-        if (!anyAccepts(static_cast<unsigned char>(*p), charsets))
-            return false;
+        if (!anyAccepts(static_cast<unsigned char>(*p), charsets)) return false;
     }
     return true;
 }
@@ -132,8 +126,7 @@ bool inSet(char c, std::string_view set) {
 
 bool isCharInCharset(unsigned char byte, Charset charset) {
     const auto index = static_cast<std::size_t>(charset);
-    if (index >= kCharsetCount)
-        return false;
+    if (index >= kCharsetCount) return false;
     return (kMembership[byte] >> index) & 1u;
 }
 
@@ -167,8 +160,7 @@ const char* charsetName(Charset charset) {
 std::size_t utf8Length(const char* begin, const char* end) {
     std::size_t count = 0;
     for (const char* p = begin; p != end; ++p) {
-        if ((static_cast<unsigned char>(*p) & 0xC0) != 0x80)
-            ++count;
+        if ((static_cast<unsigned char>(*p) & 0xC0) != 0x80) ++count;
     }
     return count;
 }
@@ -210,8 +202,7 @@ std::vector<ParserStringRef> splitBySubstring(ParserStringRef text, std::string_
     std::size_t start = 0;
     for (;;) {
         const char* hit = text.find_substring(separator, start);
-        if (hit == text.end())
-            break;
+        if (hit == text.end()) break;
         const std::size_t at = text.offsetOf(hit);
         pieces.push_back(text.slice(start, at));
         start = at + separator.size();
@@ -221,14 +212,12 @@ std::vector<ParserStringRef> splitBySubstring(ParserStringRef text, std::string_
 }
 
 std::size_t countOccurrences(ParserStringRef text, std::string_view sequence) {
-    if (sequence.empty())
-        return 0;
+    if (sequence.empty()) return 0;
     std::size_t count = 0;
     std::size_t from = 0;
     for (;;) {
         const char* hit = text.find_substring(sequence, from);
-        if (hit == text.end())
-            break;
+        if (hit == text.end()) break;
         ++count;
         from = text.offsetOf(hit) + 1;  // overlapping occurrences count
     }
@@ -257,47 +246,39 @@ void trimWhitespace(std::string& text) {
 ParserStringRef trimWhitespace(ParserStringRef text) {
     const char* b = text.begin();
     const char* e = text.end();
-    while (b != e && isCSpace(static_cast<unsigned char>(*b)))
-        ++b;
-    while (e != b && isCSpace(static_cast<unsigned char>(e[-1])))
-        --e;
+    while (b != e && isCSpace(static_cast<unsigned char>(*b))) ++b;
+    while (e != b && isCSpace(static_cast<unsigned char>(e[-1]))) --e;
     return ParserStringRef(b, e);
 }
 
 void trimChars(std::string& text, std::string_view set) {
     std::size_t b = 0;
     std::size_t e = text.size();
-    while (b != e && inSet(text[b], set))
-        ++b;
-    while (e != b && inSet(text[e - 1], set))
-        --e;
+    while (b != e && inSet(text[b], set)) ++b;
+    while (e != b && inSet(text[e - 1], set)) --e;
     text = text.substr(b, e - b);
 }
 
 bool endsWith(const char* text, std::size_t length, const char* suffix, std::size_t suffixLength) {
-    if (suffixLength > length)
-        return false;
+    if (suffixLength > length) return false;
     return suffixLength == 0 ||
            std::memcmp(text + (length - suffixLength), suffix, suffixLength) == 0;
 }
 
 bool beginsWith(const char* text, std::size_t length, const char* prefix,
                 std::size_t prefixLength) {
-    if (prefixLength > length)
-        return false;
+    if (prefixLength > length) return false;
     return prefixLength == 0 || std::memcmp(text, prefix, prefixLength) == 0;
 }
 
 nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim) {
     std::vector<std::string> pieces;
     splitByChar(text.str(), delimiter, pieces);
-    if (pieces.empty())
-        return nullptr;
+    if (pieces.empty()) return nullptr;
     // Consumers read these lists last entry first; the order stays as it is.
     nlohmann::json array = nlohmann::json::array();
     for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
-        if (trim)
-            trimWhitespace(*it);
+        if (trim) trimWhitespace(*it);
         array.push_back(std::move(*it));
     }
     return array;
@@ -305,22 +286,18 @@ nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim)
 
 nlohmann::json intFieldValue(ParserStringRef text) {
     const char* b = text.begin();
-    while (b != text.end() && isCSpace(static_cast<unsigned char>(*b)))
-        ++b;
+    while (b != text.end() && isCSpace(static_cast<unsigned char>(*b))) ++b;
     const ParserStringRef rest(b, text.end());
-    if (rest.empty() || !isInCharset(rest, Charset::Numeric))
-        return nullptr;
+    if (rest.empty() || !isInCharset(rest, Charset::Numeric)) return nullptr;
     std::istringstream in(rest.str());
     in.imbue(std::locale::classic());
     int value = 0;
-    if (!(in >> value))
-        return nullptr;  // too large for an int
+    if (!(in >> value)) return nullptr;  // too large for an int
     return value;
 }
 
 nlohmann::json booleanFieldValue(ParserStringRef text) {
-    if (text.size() != 1)
-        return nullptr;
+    if (text.size() != 1) return nullptr;
     switch (text[0]) {
         case '0':
         case 'N':
@@ -339,8 +316,7 @@ bool readInt(const std::string& text, int& value) {
     std::istringstream in(text);
     in.imbue(std::locale::classic());
     int read = 0;
-    if (!(in >> read) || !in.eof())
-        return false;
+    if (!(in >> read) || !in.eof()) return false;
     value = read;
     return true;
 }
@@ -368,8 +344,7 @@ std::string base64Encode(const std::string& bytes) {
     const std::size_t left = bytes.size() - i;
     if (left > 0) {
         std::uint32_t n = std::uint32_t{static_cast<unsigned char>(bytes[i])} << 16;
-        if (left == 2)
-            n |= std::uint32_t{static_cast<unsigned char>(bytes[i + 1])} << 8;
+        if (left == 2) n |= std::uint32_t{static_cast<unsigned char>(bytes[i + 1])} << 8;
         out += kAlphabet[(n >> 18) & 0x3F];
         out += kAlphabet[(n >> 12) & 0x3F];
         out += left == 2 ? kAlphabet[(n >> 6) & 0x3F] : '=';

@@ -5,11 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "qvx/string_ref.h"
 

@@ -27,8 +27,7 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
 
 bool isInFormatTable(ParserDataFormat format) {
     for (const auto& entry : parser::dataFormatTable()) {
-        if (entry.first == format)
-            return true;
+        if (entry.first == format) return true;
     }
     return false;
 }
@@ -75,14 +74,12 @@ ParseOutcome Parser::parse(const std::string& bytes) {
 
 bar::result<void, std::string> Parser::setOptions(const std::string& json) {
     auto outcome = parser_->readOptionsFromJSONString(json);
-    if (outcome->ok)
-        return bar::result<void, std::string>::success();
+    if (outcome->ok) return bar::result<void, std::string>::success();
     return bar::result<void, std::string>::failure(std::move(outcome->error));
 }
 
 void Parser::reportParseEvent(const ParseOutcome& outcome) const {
-    if (!eventSink_)
-        return;
+    if (!eventSink_) return;
     nlohmann::json payload = {
         {"format", parser::dataFormatName(format_)},
         {"operation", "string"},

@@ -88,13 +88,10 @@ constexpr RegionRow kRegionTable[] = {
 constexpr bool regionRowsWellFormed() {
     for (const RegionRow& row : kRegionTable) {
         std::size_t count = 0;
-        while (count < row.ranges.size() && row.ranges[count].region != nullptr)
-            ++count;
-        if (count == 0 || row.ranges[count - 1].bound != 'Z')
-            return false;
+        while (count < row.ranges.size() && row.ranges[count].region != nullptr) ++count;
+        if (count == 0 || row.ranges[count - 1].bound != 'Z') return false;
         for (std::size_t i = count; i < row.ranges.size(); ++i) {
-            if (row.ranges[i].region != nullptr)
-                return false;
+            if (row.ranges[i].region != nullptr) return false;
         }
         for (std::size_t i = 1; i < count; ++i) {
             if (static_cast<unsigned char>(row.ranges[i - 1].bound) >=
@@ -110,13 +107,10 @@ static_assert(regionRowsWellFormed());
 
 const char* regionOf(unsigned char first, unsigned char second) {
     for (const RegionRow& row : kRegionTable) {
-        if (static_cast<unsigned char>(row.first) != first)
-            continue;
+        if (static_cast<unsigned char>(row.first) != first) continue;
         for (const RegionBound& range : row.ranges) {
-            if (range.region == nullptr)
-                break;
-            if (static_cast<unsigned char>(range.bound) >= second)
-                return range.region;
+            if (range.region == nullptr) break;
+            if (static_cast<unsigned char>(range.bound) >= second) return range.region;
         }
         return kUnassigned;
     }
@@ -141,8 +135,7 @@ char compensate(char c) {
 int transliterate(char c) {
     const std::size_t index = kTransliteration.find(c);
     // Unreachable for a VIN that passed the charset test.
-    if (index == std::string_view::npos)
-        return 0;
+    if (index == std::string_view::npos) return 0;
     return static_cast<int>(index % 10);
 }
 
@@ -175,8 +168,7 @@ Standard standardOf(char first) {
         default:
             break;
     }
-    if (first >= 'S' && first <= 'Z')
-        return Standard::Eu;
+    if (first >= 'S' && first <= 'Z') return Standard::Eu;
     return Standard::Iso;
 }
 
@@ -208,8 +200,7 @@ nlohmann::json numberOfVehicles(Standard standard, bool smallMaker) {
 
 nlohmann::json modelYear(char code) {
     const std::size_t index = kModelYearCodes.find(code);
-    if (index == std::string_view::npos)
-        return nullptr;
+    if (index == std::string_view::npos) return nullptr;
     const int offset = static_cast<int>(index);
     return nlohmann::json::array(
         {kModelYearBase + offset, kModelYearBase + kModelYearCycle + offset});
@@ -218,8 +209,7 @@ nlohmann::json modelYear(char code) {
 // Label scans wrap the number in noise: a caption such as "VIN " before it,
 // a counter after it, or stray bytes such as quotes at the ends.
 ParserStringRef stripNoise(ParserStringRef input) {
-    if (input.size() <= kVinLength)
-        return input;
+    if (input.size() <= kVinLength) return input;
     ParserStringRef text = trimWhitespace(input);
 
     // One blank separates the number from a caption or a trailer; the longer
@@ -260,8 +250,7 @@ std::unique_ptr<ParserResult> VinParser::parse(ParserStringRef input) {
     std::array<char, kVinLength> copy{};
     std::copy(text.begin(), text.end(), copy.begin());
     if (falsePositiveCompensation_) {
-        for (char& c : copy)
-            c = compensate(c);
+        for (char& c : copy) c = compensate(c);
     }
     const std::string_view vin(copy.data(), copy.size());
 
@@ -315,8 +304,7 @@ std::unique_ptr<ParserOptionsOutcome> VinParser::readOptionsFromJSON(nlohmann::j
         if (key == "falsePositiveCompensation") {
             return options::readBool(value, falsePositiveCompensation_, mustBeABoolean(key));
         }
-        if (key == "strictMode")
-            return options::readBool(value, strictMode_, mustBeABoolean(key));
+        if (key == "strictMode") return options::readBool(value, strictMode_, mustBeABoolean(key));
         return options::invalidOption(key);
     });
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-
 #include <nlohmann/json.hpp>
 
 #include "qvx/bc_parser.h"
@@ -10,12 +9,12 @@
 namespace parser {
 
 class VinParser : public BcParser {
-public:
+  public:
     std::unique_ptr<ParserResult> parse(ParserStringRef input) override;
     std::unique_ptr<ParserOptionsOutcome> readOptionsFromJSON(nlohmann::json options) override;
     nlohmann::json optionsToJSON() const override;
 
-private:
+  private:
     bool strictMode_ = false;
     bool falsePositiveCompensation_ = false;
 };

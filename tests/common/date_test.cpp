@@ -23,8 +23,7 @@ TEST(Date, ValidityAndMonthLengths) {
         {{2021, 13, 1}, false}, {{2021, 4, 31}, false},
         {{1, 1, 1}, true},      {{INT_MIN, INT_MIN, INT_MIN}, false},
     };
-    for (const auto& [date, valid] : cases)
-        EXPECT_EQ(date.isValid(), valid) << date;
+    for (const auto& [date, valid] : cases) EXPECT_EQ(date.isValid(), valid) << date;
     EXPECT_EQ((Date{2000, 1, 1}.julianDayNumber()), 2451545);
 
     EXPECT_EQ(Date::getLastDayOfMonth(2, 2024), 29);
@@ -91,8 +90,7 @@ TEST(Date, CurrentDateCanBeFixed) {
 TEST(Date, TwoDigitYearWindow) {
     const int cases[][3] = {{71, 2021, 2071}, {72, 2021, 1972}, {0, 2050, 2100}, {1, 2050, 2001},
                             {50, 2000, 2050}, {51, 2000, 1951}, {49, 2099, 2149}};
-    for (const auto& c : cases)
-        EXPECT_EQ(yearFromTwoDigits(c[0], c[1]), c[2]) << c[0];
+    for (const auto& c : cases) EXPECT_EQ(yearFromTwoDigits(c[0], c[1]), c[2]) << c[0];
 }
 
 TEST(Date, SmallReaders) {
@@ -101,12 +99,10 @@ TEST(Date, SmallReaders) {
         {"", std::nullopt},   {" 12", std::nullopt},      {"+12", std::nullopt},
         {"-1", std::nullopt}, {"\xd9\xa3", std::nullopt},
     };
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(readDigits(text), expected) << text;
+    for (const auto& [text, expected] : cases) EXPECT_EQ(readDigits(text), expected) << text;
     EXPECT_FALSE(isIntInRange(std::nullopt, INT_MIN, INT_MAX));
     EXPECT_EQ(monthFromName("DEC"), 12);
-    for (const char* bad : {"jan", "JANUARY", ""})
-        EXPECT_EQ(monthFromName(bad), -1);
+    for (const char* bad : {"jan", "JANUARY", ""}) EXPECT_EQ(monthFromName(bad), -1);
     EXPECT_EQ(dateToJson({2021, 2, 0}).dump(), R"({"month":2,"year":2021})");
     EXPECT_EQ(dateToJson({2021, 2, 28}).dump(), R"({"day":28,"month":2,"year":2021})");
 }

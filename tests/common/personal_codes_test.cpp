@@ -19,8 +19,7 @@ TEST(PersonalCodesTest, Sex) {
         {"F", "female"}, {"f", "female"}, {"9", "unspecified"}, {"MX", "male"},
         {"X", nullptr},  {"0", nullptr},  {"", nullptr},        {" M", nullptr},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(sexFromCode(c.code), c.sex) << c.code;
+    for (const Case& c : cases) EXPECT_EQ(sexFromCode(c.code), c.sex) << c.code;
 }
 
 TEST(PersonalCodesTest, Height) {
@@ -58,8 +57,7 @@ TEST(PersonalCodesTest, EyeColour) {
         {"gray", "gray"}, {"blu", nullptr},       {"grey", nullptr},  {"Brown", nullptr},
         {"B", nullptr},   {"", nullptr},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(eyeColourFromCode(c.code), c.colour) << c.code;
+    for (const Case& c : cases) EXPECT_EQ(eyeColourFromCode(c.code), c.colour) << c.code;
 }
 
 TEST(PersonalCodesTest, HairColour) {
@@ -72,8 +70,7 @@ TEST(PersonalCodesTest, HairColour) {
         {"RED", "red"},   {"SDY", "sandy"}, {"UNK", "unknown"}, {"WHI", "white"}, {"\tRED ", "red"},
         {"BRN", nullptr}, {"red", nullptr}, {"grey", nullptr},  {"", nullptr},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(hairColourFromCode(c.code), c.colour) << c.code;
+    for (const Case& c : cases) EXPECT_EQ(hairColourFromCode(c.code), c.colour) << c.code;
 }
 
 }  // namespace

@@ -82,8 +82,7 @@ TEST(ParserRegex, ReplaceAndBestSubstring) {
     for (const auto& [pattern, expected] : cases) {
         const auto best = compiled(pattern).getBestMatchingSubstring(subject);
         ASSERT_EQ(best.has_value(), expected.has_value()) << pattern;
-        if (!best)
-            continue;
+        if (!best) continue;
         EXPECT_EQ(best->str(), *expected) << pattern;
         EXPECT_TRUE(best->data() >= subject.data() && best->end() <= subject.data() + 5);
     }

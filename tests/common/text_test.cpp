@@ -14,8 +14,7 @@ using nlohmann::json;
 
 std::vector<std::string> strings(const std::vector<ParserStringRef>& refs) {
     std::vector<std::string> out;
-    for (ParserStringRef r : refs)
-        out.push_back(r.str());
+    for (ParserStringRef r : refs) out.push_back(r.str());
     return out;
 }
 
@@ -40,10 +39,8 @@ TEST(CharsetTest, BoundaryBytes) {
         {static_cast<Charset>(8), "", "A0"},
     };
     for (const Case& c : cases) {
-        for (unsigned char b : c.in)
-            EXPECT_TRUE(isCharInCharset(b, c.charset)) << int{b};
-        for (unsigned char b : c.out)
-            EXPECT_FALSE(isCharInCharset(b, c.charset)) << int{b};
+        for (unsigned char b : c.in) EXPECT_TRUE(isCharInCharset(b, c.charset)) << int{b};
+        for (unsigned char b : c.out) EXPECT_FALSE(isCharInCharset(b, c.charset)) << int{b};
     }
 }
 
@@ -51,8 +48,7 @@ TEST(CharsetTest, Names) {
     const char* names[] = {"numeric", "decimal",      "alphabetic", "alphanumeric",
                            "general", "dlid special", "vin",        "limited extended ascii",
                            ""};
-    for (int i = 0; i < 9; ++i)
-        EXPECT_STREQ(charsetName(static_cast<Charset>(i)), names[i]);
+    for (int i = 0; i < 9; ++i) EXPECT_STREQ(charsetName(static_cast<Charset>(i)), names[i]);
 }
 
 TEST(CharsetTest, Ranges) {
@@ -191,17 +187,13 @@ TEST(TextTest, IntFieldValue) {
         {"   ", nullptr}, {"+1", nullptr},  {"-1", nullptr},         {"4 2", nullptr},
         {"42 ", nullptr}, {"1.5", nullptr}, {"2147483648", nullptr},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(intFieldValue(c.text), c.value) << c.text;
+    for (const Case& c : cases) EXPECT_EQ(intFieldValue(c.text), c.value) << c.text;
 }
 
 TEST(TextTest, BooleanFieldValue) {
-    for (const char* t : {"1", "Y", "y"})
-        EXPECT_EQ(booleanFieldValue(t), json("true")) << t;
-    for (const char* t : {"0", "N", "n"})
-        EXPECT_EQ(booleanFieldValue(t), json("false")) << t;
-    for (const char* t : {"11", "", "T", " 1"})
-        EXPECT_TRUE(booleanFieldValue(t).is_null()) << t;
+    for (const char* t : {"1", "Y", "y"}) EXPECT_EQ(booleanFieldValue(t), json("true")) << t;
+    for (const char* t : {"0", "N", "n"}) EXPECT_EQ(booleanFieldValue(t), json("false")) << t;
+    for (const char* t : {"11", "", "T", " 1"}) EXPECT_TRUE(booleanFieldValue(t).is_null()) << t;
 }
 
 TEST(TextTest, ReadInt) {

@@ -29,8 +29,7 @@ struct Fixture {
     explicit Fixture(ParserDataFormat format) {
         auto created = qvx::Parser::create(std::make_shared<qvx::core::Context>(sink), format);
         EXPECT_TRUE(created.ok());
-        if (created.ok())
-            parser = created.value();
+        if (created.ok()) parser = created.value();
     }
 };
 

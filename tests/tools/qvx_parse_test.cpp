@@ -34,20 +34,17 @@ Child spawn(const std::vector<std::string>& args) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     for (int fd = 0; fd < 3; ++fd) {
-        if (pipe2(pipes[fd], O_CLOEXEC) != 0)
-            std::abort();
+        if (pipe2(pipes[fd], O_CLOEXEC) != 0) std::abort();
         posix_spawn_file_actions_adddup2(&actions, pipes[fd][fd > 0], fd);
     }
     std::vector<char*> argv{const_cast<char*>(QVX_PARSE_EXE)};
-    for (const auto& arg : args)
-        argv.push_back(const_cast<char*>(arg.c_str()));
+    for (const auto& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
     argv.push_back(nullptr);
     pid_t pid;
     if (posix_spawn(&pid, QVX_PARSE_EXE, &actions, nullptr, argv.data(), environ) != 0)
         std::abort();
     posix_spawn_file_actions_destroy(&actions);
-    for (int fd = 0; fd < 3; ++fd)
-        close(pipes[fd][fd > 0]);
+    for (int fd = 0; fd < 3; ++fd) close(pipes[fd][fd > 0]);
     return {pid, pipes[0][1], pipes[1][0], pipes[2][0]};
 }
 
@@ -99,8 +96,7 @@ json expand(json value, const json& defs) {
     if (value.is_string() && value.get<std::string>().rfind('$', 0) == 0)
         return expand(defs.at(value.get<std::string>().substr(1)), defs);
     if (value.is_structured())
-        for (auto& item : value)
-            item = expand(item, defs);
+        for (auto& item : value) item = expand(item, defs);
     return value;
 }
 

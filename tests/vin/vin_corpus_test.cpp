@@ -25,8 +25,7 @@ std::string errorOf(const parser::ParserResult& result) {
 
 TEST(VinCorpus, EveryVinParsesOrFailsCleanly) {
     std::ifstream in(kCorpusFile);
-    if (!in)
-        GTEST_SKIP() << "no corpus at " << kCorpusFile;
+    if (!in) GTEST_SKIP() << "no corpus at " << kCorpusFile;
     parser::VinParser lenient;
     parser::VinParser strict;
     ASSERT_TRUE(strict.readOptionsFromJSONString(R"({"strictMode": true})")->ok);
@@ -34,8 +33,7 @@ TEST(VinCorpus, EveryVinParsesOrFailsCleanly) {
     std::size_t rows = 0;
     std::size_t parsed = 0;
     for (std::string line; std::getline(in, line);) {
-        if (line.empty())
-            continue;
+        if (line.empty()) continue;
         const json row = json::parse(line, nullptr, false);
         ASSERT_FALSE(row.is_discarded()) << line;
         ++rows;
