@@ -28,6 +28,21 @@ void parseThroughParser(benchmark::State& state, const std::string& input) {
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
 }
 
+// Parse and print the JSON text, as a caller that forwards results does.
+void BM_ParserParseVinToJsonText(benchmark::State& state) {
+    auto created = qvx::Parser::create(nullptr, ParserDataFormat::Vin);
+    if (!created.ok()) {
+        state.SkipWithError(created.error().c_str());
+        return;
+    }
+    auto parser = created.value();
+    for (auto _ : state) {
+        auto outcome = parser->parse(kCleanVin);
+        benchmark::DoNotOptimize(outcome.value()->jsonString());
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
+}
+
 void parseDirect(benchmark::State& state, const std::string& input) {
     parser::VinParser vin;
     for (auto _ : state) {
@@ -51,4 +66,5 @@ void BM_VinParserDirect(benchmark::State& state) {
 
 BENCHMARK(BM_ParserParseVin);
 BENCHMARK(BM_ParserParseLabelVin);
+BENCHMARK(BM_ParserParseVinToJsonText);
 BENCHMARK(BM_VinParserDirect);

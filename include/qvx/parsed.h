@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -78,8 +79,9 @@ class ParsedData {
     const std::string& normalizedText() const noexcept { return normalizedText_; }
     const std::vector<std::shared_ptr<ParsedField>>& fields() const noexcept { return fields_; }
     const std::vector<std::string>& warnings() const noexcept { return warnings_; }
-    // The JSON form of the fields, printed once when the data was frozen.
-    const std::string& jsonString() const noexcept { return jsonString_; }
+    // The JSON form of the fields as text. Printed once, on first request, so
+    // that callers who only read fields never pay for it.
+    const std::string& jsonString() const;
 
     nlohmann::json asJson() const { return fieldsToJson(fields_); }
     // The first field with this exact name, or null.
@@ -89,7 +91,8 @@ class ParsedData {
     std::string normalizedText_;
     std::vector<std::shared_ptr<ParsedField>> fields_;
     std::vector<std::string> warnings_;
-    std::string jsonString_;
+    mutable std::once_flag jsonOnce_;
+    mutable std::string jsonString_;
 };
 
 }  // namespace parser

@@ -92,7 +92,7 @@ void ParserResult::addWarning(std::shared_ptr<ParserIssue> issue) {
 }
 
 ParsedData::ParsedData(const ParserResult& result)
-    : normalizedText_(result.normalizedText), jsonString_(result.jsonString()) {
+    : normalizedText_(result.normalizedText) {
     fields_.reserve(result.fields.size());
     for (const auto& field : result.fields) fields_.push_back(std::make_shared<ParsedField>(field));
     warnings_.reserve(result.warnings.size());
@@ -100,13 +100,18 @@ ParsedData::ParsedData(const ParserResult& result)
 }
 
 ParsedData::ParsedData(ParserResult&& result)
-    : normalizedText_(std::move(result.normalizedText)), jsonString_(result.jsonString()) {
+    : normalizedText_(std::move(result.normalizedText)) {
     fields_.reserve(result.fields.size());
     for (auto& field : result.fields) {
         fields_.push_back(std::make_shared<ParsedField>(std::move(field)));
     }
     warnings_.reserve(result.warnings.size());
     for (const auto& warning : result.warnings) warnings_.push_back(warning->message);
+}
+
+const std::string& ParsedData::jsonString() const {
+    std::call_once(jsonOnce_, [this] { jsonString_ = toJsonText(asJson()); });
+    return jsonString_;
 }
 
 std::shared_ptr<ParsedField> ParsedData::getFieldByName(const std::string& name) const {
