@@ -28,7 +28,7 @@ using nlohmann::json;
 struct Case {
     std::string format;
     std::string file;
-    json spec;
+    json testCase;
     std::string label;
     std::string loadError;
 };
@@ -61,10 +61,10 @@ std::vector<Case> loadCases() {
                              "the file is not a JSON array of cases"});
             continue;
         }
-        for (const auto& spec : array) {
-            Case c{format, file, spec, "", ""};
+        for (const auto& testCase : array) {
+            Case c{format, file, testCase, "", ""};
             c.label = sanitize(format + "_" + path.stem().string() + "_" +
-                               spec.value("name", std::string("unnamed")));
+                               testCase.value("name", std::string("unnamed")));
             cases.push_back(std::move(c));
         }
     }
@@ -76,9 +76,9 @@ class Conformance : public ::testing::TestWithParam<Case> {};
 TEST_P(Conformance, Case) {
     const Case& c = GetParam();
     ASSERT_EQ(c.loadError, "") << c.file;
-    const json& spec = c.spec;
-    SCOPED_TRACE(c.file + ": " + spec.dump());
-    ASSERT_TRUE(spec.contains("name")) << "every case needs a name";
+    const json& testCase = c.testCase;
+    SCOPED_TRACE(c.file + ": " + testCase.dump());
+    ASSERT_TRUE(testCase.contains("name")) << "every case needs a name";
 
     auto format = parser::dataFormatFromName(c.format);
     ASSERT_TRUE(format.has_value()) << "directory is not a format name: " << c.format;
@@ -86,56 +86,57 @@ TEST_P(Conformance, Case) {
     ASSERT_TRUE(created.ok()) << created.error();
     auto parser = created.value();
 
-    ASSERT_LE(spec.count("options") + spec.count("optionsText"), 1u);
+    ASSERT_LE(testCase.count("options") + testCase.count("optionsText"), 1u);
     std::optional<std::string> optionsText;
-    if (spec.contains("options")) optionsText = spec["options"].dump();
-    if (spec.contains("optionsText")) optionsText = spec["optionsText"].get<std::string>();
+    if (testCase.contains("options")) optionsText = testCase["options"].dump();
+    if (testCase.contains("optionsText")) optionsText = testCase["optionsText"].get<std::string>();
     std::string optionsError;
     if (optionsText) {
         auto set = parser->setOptions(*optionsText);
         if (!set.ok()) optionsError = set.error();
     }
-    if (spec.contains("optionsAfter")) {
-        EXPECT_EQ(parser->optionsToJSON(), spec["optionsAfter"]);
+    if (testCase.contains("optionsAfter")) {
+        EXPECT_EQ(parser->optionsToJSON(), testCase["optionsAfter"]);
     }
-    if (spec.contains("optionsError")) {
-        EXPECT_EQ(optionsError, spec["optionsError"].get<std::string>());
+    if (testCase.contains("optionsError")) {
+        EXPECT_EQ(optionsError, testCase["optionsError"].get<std::string>());
         return;
     }
     ASSERT_EQ(optionsError, "") << "unexpected options failure";
 
-    ASSERT_EQ(spec.count("data") + spec.count("dataBase64"), 1u) << "give data or dataBase64";
+    ASSERT_EQ(testCase.count("data") + testCase.count("dataBase64"), 1u)
+        << "give data or dataBase64";
     std::string input;
-    if (spec.contains("data")) {
-        input = spec["data"].get<std::string>();
+    if (testCase.contains("data")) {
+        input = testCase["data"].get<std::string>();
     } else {
-        auto decoded = qvx_cli::decodeBase64(spec["dataBase64"].get<std::string>());
+        auto decoded = qvx_cli::decodeBase64(testCase["dataBase64"].get<std::string>());
         ASSERT_TRUE(decoded.has_value()) << "dataBase64 is not valid base64";
         input = std::move(*decoded);
     }
     auto outcome = parser->parse(input);
 
-    if (spec.contains("error")) {
+    if (testCase.contains("error")) {
         ASSERT_FALSE(outcome.ok()) << "expected a failure, got " << outcome.value()->jsonString();
         const auto& issue = *outcome.error();
-        EXPECT_EQ(issue.message, spec["error"]["message"].get<std::string>());
-        EXPECT_EQ(static_cast<int>(issue.code), spec["error"].value("code", 2));
+        EXPECT_EQ(issue.message, testCase["error"]["message"].get<std::string>());
+        EXPECT_EQ(static_cast<int>(issue.code), testCase["error"].value("code", 2));
         return;
     }
     ASSERT_TRUE(outcome.ok()) << "unexpected failure: " << outcome.error()->message;
     const auto& data = *outcome.value();
     const json fields = data.asJson();
-    if (spec.contains("fields")) {
-        EXPECT_EQ(fields, spec["fields"]) << fields.dump();
+    if (testCase.contains("fields")) {
+        EXPECT_EQ(fields, testCase["fields"]) << fields.dump();
     }
-    if (spec.contains("fieldsInclude")) {
-        for (const auto& wanted : spec["fieldsInclude"]) {
+    if (testCase.contains("fieldsInclude")) {
+        for (const auto& wanted : testCase["fieldsInclude"]) {
             bool found = std::find(fields.begin(), fields.end(), wanted) != fields.end();
             EXPECT_TRUE(found) << "missing field " << wanted.dump() << " in " << fields.dump();
         }
     }
-    if (spec.contains("warnings")) {
-        EXPECT_EQ(json(data.warnings()), spec["warnings"]);
+    if (testCase.contains("warnings")) {
+        EXPECT_EQ(json(data.warnings()), testCase["warnings"]);
     }
 }
 
