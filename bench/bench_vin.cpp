@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "qvx/parser.h"
@@ -14,13 +15,18 @@ const std::string kCleanVin = "1HGCM82633A004352";
 // A label scan: caption, blank, number.
 const std::string kLabelVin = "VIN 1HGCM82633A004352";
 
-void parseThroughParser(benchmark::State& state, const std::string& input) {
+std::shared_ptr<qvx::Parser> makeVinParser(benchmark::State& state) {
     auto created = qvx::Parser::create(nullptr, ParserDataFormat::Vin);
     if (!created.ok()) {
         state.SkipWithError(created.error().c_str());
-        return;
+        return nullptr;
     }
-    auto parser = created.value();
+    return created.value();
+}
+
+void parseThroughParser(benchmark::State& state, const std::string& input) {
+    auto parser = makeVinParser(state);
+    if (!parser) return;
     for (auto _ : state) {
         auto outcome = parser->parse(input);
         benchmark::DoNotOptimize(outcome);
@@ -30,12 +36,8 @@ void parseThroughParser(benchmark::State& state, const std::string& input) {
 
 // Parse and print the JSON text, as a caller that forwards results does.
 void BM_ParserParseVinToJsonText(benchmark::State& state) {
-    auto created = qvx::Parser::create(nullptr, ParserDataFormat::Vin);
-    if (!created.ok()) {
-        state.SkipWithError(created.error().c_str());
-        return;
-    }
-    auto parser = created.value();
+    auto parser = makeVinParser(state);
+    if (!parser) return;
     for (auto _ : state) {
         auto outcome = parser->parse(kCleanVin);
         benchmark::DoNotOptimize(outcome.value()->jsonString());
