@@ -14,8 +14,7 @@ void printParsedData(std::ostream& out, const parser::ParsedData& data) {
     for (const auto& field : data.fields()) {
         out << escapeForDisplay(field->name, false) << '\n';
         out << "    raw:    \"" << escapeForDisplay(field->rawString, true) << "\"\n";
-        out << "    parsed: "
-            << field->parsed.dump(-1, ' ', false, nlohmann::json::error_handler_t::ignore) << '\n';
+        out << "    parsed: " << parser::toCompactJsonText(field->parsed) << '\n';
         for (const auto& issue : field->issues) {
             out << "    issue:  " << escapeForDisplay(issue->message, false) << '\n';
         }
@@ -36,9 +35,8 @@ void printIssue(std::ostream& out, const parser::ParserIssue& issue) {
     }
     std::sort(details.begin(), details.end());
     for (const auto& [key, value] : details) {
-        std::string name = parser::issueInfoKeyName(static_cast<ParserIssueInfoKey>(key));
-        if (name.empty()) name = std::to_string(key);
-        out << "    " << name << ": " << escapeForDisplay(value, false) << '\n';
+        out << "    " << parser::issueInfoKeyName(static_cast<ParserIssueInfoKey>(key)) << ": "
+            << escapeForDisplay(value, false) << '\n';
     }
 }
 

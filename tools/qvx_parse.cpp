@@ -176,7 +176,7 @@ int runBatch() {
     std::ios::sync_with_stdio(false);
     std::string line;
     while (std::getline(std::cin, line)) {
-        std::string out = qvx_cli::compactLine(qvx_cli::handleBatchLine(line));
+        std::string out = parser::toCompactJsonText(qvx_cli::handleBatchLine(line));
         out.push_back('\n');
         if (std::fwrite(out.data(), 1, out.size(), stdout) != out.size() ||
             std::fflush(stdout) != 0) {
@@ -251,7 +251,7 @@ int runSingle(const Args& args) {
     const auto& response = run.value();
 
     if (args.json) {
-        std::cout << qvx_cli::compactLine(qvx_cli::responseToJson(request, response)) << '\n';
+        std::cout << parser::toCompactJsonText(qvx_cli::responseToJson(request, response)) << '\n';
         std::cout.flush();
         if (!std::cout) return runtimeError("cannot write to standard output");
         if (response.optionsError) return kExitUsage;

@@ -115,9 +115,7 @@ bar::result<Response, std::string> runRequest(const Request& request) {
 json issueToJson(const parser::ParserIssue& issue) {
     json info = json::object();
     for (const auto& [key, value] : issue.additionalInfo) {
-        std::string name = parser::issueInfoKeyName(key);
-        if (name.empty()) name = std::to_string(static_cast<int>(key));
-        info[name] = value;
+        info[parser::issueInfoKeyName(key)] = value;
     }
     return {{"message", issue.message},
             {"code", static_cast<std::int32_t>(issue.code)},
@@ -171,10 +169,6 @@ json handleBatchLine(std::string_view line) {
     json answer = responseToJson(request.value(), response.value());
     answer.update(out);
     return answer;
-}
-
-std::string compactLine(const json& value) {
-    return value.dump(-1, ' ', false, json::error_handler_t::ignore);
 }
 
 }  // namespace qvx_cli

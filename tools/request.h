@@ -48,7 +48,4 @@ nlohmann::json issueToJson(const parser::ParserIssue& issue);
 // the output object.
 nlohmann::json handleBatchLine(std::string_view line);
 
-// `json` as one compact line without the newline; invalid UTF-8 is dropped.
-std::string compactLine(const nlohmann::json& json);
-
 }  // namespace qvx_cli

@@ -36,6 +36,8 @@ nlohmann::json fieldsToJson(const std::vector<std::shared_ptr<ParsedField>>& fie
 
 // `json` printed with an indent of 4, non-ASCII kept as is, invalid UTF-8 dropped.
 std::string toJsonText(const nlohmann::json& json);
+// The same on one line, without indent.
+std::string toCompactJsonText(const nlohmann::json& json);
 
 // What a format parser fills while it runs. A set `error` is the one and only
 // sign of a failed parse.

@@ -51,6 +51,10 @@ std::string toJsonText(const nlohmann::json& json) {
     return json.dump(4, ' ', false, nlohmann::json::error_handler_t::ignore);
 }
 
+std::string toCompactJsonText(const nlohmann::json& json) {
+    return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::ignore);
+}
+
 void ParserResult::addField(std::string name, std::string rawString, nlohmann::json parsed,
                             const std::string& issueText) {
     fields.emplace_back(std::move(name), std::move(rawString), std::move(parsed), issueText);
@@ -91,16 +95,9 @@ void ParserResult::addWarning(std::shared_ptr<ParserIssue> issue) {
     warnings.push_back(std::move(issue));
 }
 
-ParsedData::ParsedData(const ParserResult& result)
-    : normalizedText_(result.normalizedText) {
-    fields_.reserve(result.fields.size());
-    for (const auto& field : result.fields) fields_.push_back(std::make_shared<ParsedField>(field));
-    warnings_.reserve(result.warnings.size());
-    for (const auto& warning : result.warnings) warnings_.push_back(warning->message);
-}
+ParsedData::ParsedData(const ParserResult& result) : ParsedData(ParserResult(result)) {}
 
-ParsedData::ParsedData(ParserResult&& result)
-    : normalizedText_(std::move(result.normalizedText)) {
+ParsedData::ParsedData(ParserResult&& result) : normalizedText_(std::move(result.normalizedText)) {
     fields_.reserve(result.fields.size());
     for (auto& field : result.fields) {
         fields_.push_back(std::make_shared<ParsedField>(std::move(field)));

@@ -1,5 +1,7 @@
 #include "qvx/core/json_value.h"
 
+#include "qvx/parsed.h"
+
 namespace qvx::core {
 
 std::shared_ptr<JsonValue> JsonValue::fromNlohmannJson(const nlohmann::json& json) {
@@ -7,7 +9,7 @@ std::shared_ptr<JsonValue> JsonValue::fromNlohmannJson(const nlohmann::json& jso
 }
 
 std::string JsonValue::toString() const {
-    return json_.dump(-1, ' ', false, nlohmann::json::error_handler_t::ignore);
+    return parser::toCompactJsonText(json_);
 }
 
 }  // namespace qvx::core
