@@ -1,6 +1,8 @@
 // One input: [format byte][options length byte][options text][data].
 // The format byte picks a row of the format table; formats not built yet are
-// skipped. Any abort, sanitizer report or exception is a bug.
+// skipped. A per-format target (QVX_FUZZ_FORMAT set to a format name) ignores
+// the format byte, so that every target reads the same seeds. Any abort,
+// sanitizer report or exception is a bug.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,8 +11,12 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 2) return 0;
+#ifdef QVX_FUZZ_FORMAT
+    static const ParserDataFormat format = *parser::dataFormatFromName(QVX_FUZZ_FORMAT);
+#else
     const auto& table = parser::dataFormatTable();
     const ParserDataFormat format = table[data[0] % table.size()].first;
+#endif
     if (!qvx::Parser::isFormatAvailable(format)) return 0;
 
     std::size_t optionsLength = data[1];

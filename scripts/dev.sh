@@ -3,9 +3,14 @@
 # builds with the CMake presets and runs one job:
 #
 #   scripts/dev.sh examples   parse every bundled sample in examples/samples/ with qvx-parse
-#   scripts/dev.sh test       run all tests, in the release and the sanitizer build
+#   scripts/dev.sh test       run all tests, in the release and the sanitizer build, then a
+#                             fuzz smoke run when clang-14 is installed
 #   scripts/dev.sh bench      run the benchmarks (release build)
-#   scripts/dev.sh fuzz [s]   run the libFuzzer target for s seconds (default 60)
+#   scripts/dev.sh fuzz [s] [format]
+#                             run a libFuzzer target for s seconds (default 60): the one of
+#                             `format`, or the one over every format
+#   scripts/dev.sh fuzz-smoke [s]
+#                             run each per-format libFuzzer target for s seconds (default 5)
 #   scripts/dev.sh lint       clang-format check and clang-tidy over src/ and tools/
 #   scripts/dev.sh deps       only install the build dependencies
 set -euo pipefail
@@ -54,6 +59,11 @@ case "${1:-}" in
         deps
         cmake --workflow --preset default
         cmake --workflow --preset debug-asan
+        if command -v clang++-14 >/dev/null; then
+            "$0" fuzz-smoke
+        else
+            echo "clang++-14 not installed: fuzz smoke run skipped" >&2
+        fi
         ;;
     bench)
         deps
@@ -64,8 +74,25 @@ case "${1:-}" in
         deps clang-14 libclang-rt-14-dev
         cmake --preset fuzz >/dev/null
         cmake --build --preset fuzz
-        mkdir -p build/fuzz/corpus
-        build/fuzz/fuzz/qvx_fuzz_parse -max_total_time="${2:-60}" build/fuzz/corpus fuzz/seeds
+        target=qvx_fuzz_${3:-parse}
+        mkdir -p "build/fuzz/corpus/$target"
+        "build/fuzz/fuzz/$target" -max_total_time="${2:-60}" "build/fuzz/corpus/$target" fuzz/seeds
+        ;;
+    fuzz-smoke)
+        deps clang-14 libclang-rt-14-dev
+        cmake --preset fuzz >/dev/null
+        cmake --build --preset fuzz
+        for target in build/fuzz/fuzz/qvx_fuzz_*; do
+            [ "$(basename "$target")" = qvx_fuzz_parse ] && continue
+            echo "== $(basename "$target")"
+            corpus=$(mktemp -d) log=$(mktemp)
+            if ! "$target" -max_total_time="${2:-5}" "$corpus" fuzz/seeds >"$log" 2>&1; then
+                cat "$log"
+                exit 1
+            fi
+            grep -E '^Done|^#[0-9]+ *DONE' "$log" || tail -n 1 "$log"
+            rm -rf "$corpus" "$log"
+        done
         ;;
     lint)
         deps clang-format clang-tidy
@@ -75,7 +102,7 @@ case "${1:-}" in
         git ls-files 'src/*.cpp' 'tools/*.cpp' | xargs -P"$(nproc)" -n4 clang-tidy -p build/default --quiet
         ;;
     *)
-        echo "usage: scripts/dev.sh examples|test|bench|fuzz [seconds]|lint|deps" >&2
+        echo "usage: scripts/dev.sh examples|test|bench|fuzz [seconds] [format]|fuzz-smoke [seconds]|lint|deps" >&2
         exit 2
         ;;
 esac
