@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -213,56 +214,60 @@ UsidFieldReader skip(std::size_t length) {
     return {skipBytes, length};
 }
 
-// Both lists share their first 26 readers. Version 3 widened the form number;
-// version 1 had no pay grade.
-std::vector<UsidFieldReader> commonReaders(int version) {
-    return {
-        name("name"),
-        number("personDesignatorIdentifier",
-               "personDesignatorIdentifier contains forbidden characters", 9),
-        number("familySequenceNumber", "familySequenceNumber contains forbidden characters", 1),
-        skip(9),
-        described("deersDependentSuffix", usid::kDeersDependentSuffix, 2),
-        number("height", "height should contain only numerical characters", 2),
-        number("weight", "weight should contain only numerical characters", 3),
-        coded("hairColor", usid::kHairColor, 2),
-        coded("eyeColor", usid::kEyeColor, 2),
-        date("birthDate"),
-        described("directCareFlag", usid::kDirectCareFlag, 1),
-        described("civilianHealthCare", usid::kCivilianHealthCare, 1),
-        described("commissary", usid::kCommissary, 1),
-        described("mwr", usid::kMwr, 1),
-        described("exchange", usid::kExchange, 1),
-        date("champusEffectiveDate"),
-        date("champusExpirationDate"),
-        text("formNumber", version == 3 ? 6 : 4),
-        date("cardIssueDate"),
-        date("cardExpirationDate"),
-        text("securityCode", 4),
-        listed("serviceCode", usid::kServiceCode, 1),
-        described("status", usid::kStatus, 6),
-        listed("branchOfService", usid::kBranchOfService, 5),
-        text("rank", 6),
-        version == 1 ? UsidFieldReader{readAbsentPayGrade, 0}
-                     : listed("payGrade", usid::kPayGrade, 4),
-    };
+// Both lists share their first 26 readers and differ in the last three.
+// Version 3 widened the form number; version 1 had no pay grade.
+std::vector<UsidFieldReader> fieldList(int version, std::initializer_list<UsidFieldReader> tail) {
+    std::vector<UsidFieldReader> readers;
+    readers.reserve(26 + tail.size());
+    readers.insert(
+        readers.end(),
+        {
+            name("name"),
+            number("personDesignatorIdentifier",
+                   "personDesignatorIdentifier contains forbidden characters", 9),
+            number("familySequenceNumber", "familySequenceNumber contains forbidden characters", 1),
+            skip(9),
+            described("deersDependentSuffix", usid::kDeersDependentSuffix, 2),
+            number("height", "height should contain only numerical characters", 2),
+            number("weight", "weight should contain only numerical characters", 3),
+            coded("hairColor", usid::kHairColor, 2),
+            coded("eyeColor", usid::kEyeColor, 2),
+            date("birthDate"),
+            described("directCareFlag", usid::kDirectCareFlag, 1),
+            described("civilianHealthCare", usid::kCivilianHealthCare, 1),
+            described("commissary", usid::kCommissary, 1),
+            described("mwr", usid::kMwr, 1),
+            described("exchange", usid::kExchange, 1),
+            date("champusEffectiveDate"),
+            date("champusExpirationDate"),
+            text("formNumber", version == 3 ? 6 : 4),
+            date("cardIssueDate"),
+            date("cardExpirationDate"),
+            text("securityCode", 4),
+            listed("serviceCode", usid::kServiceCode, 1),
+            described("status", usid::kStatus, 6),
+            listed("branchOfService", usid::kBranchOfService, 5),
+            text("rank", 6),
+            version == 1 ? UsidFieldReader{readAbsentPayGrade, 0}
+                         : listed("payGrade", usid::kPayGrade, 4),
+        });
+    readers.insert(readers.end(), tail);
+    return readers;
 }
 
 std::vector<UsidFieldReader> sponsorReaders(int version) {
-    std::vector<UsidFieldReader> readers = commonReaders(version);
-    readers.push_back(listed("genevaConventionCategory", usid::kGenevaConventionCategory, 3));
-    readers.push_back(coded("bloodType", usid::kBloodType, 3));
-    readers.push_back({readImage, 0});
-    return readers;
+    return fieldList(version,
+                     {listed("genevaConventionCategory", usid::kGenevaConventionCategory, 3),
+                      coded("bloodType", usid::kBloodType, 3),
+                      {readImage, 0}});
 }
 
 std::vector<UsidFieldReader> dependentReaders(int version) {
-    std::vector<UsidFieldReader> readers = commonReaders(version);
-    readers.push_back(name("sponsorName"));
-    readers.push_back(number("sponsorPersonDesignatorIdentifier",
-                             "sponsorPersonDesignatorIdentifier contains forbidden characters", 9));
-    readers.push_back(described("relationship", usid::kRelationship, 6));
-    return readers;
+    return fieldList(version,
+                     {name("sponsorName"),
+                      number("sponsorPersonDesignatorIdentifier",
+                             "sponsorPersonDesignatorIdentifier contains forbidden characters", 9),
+                      described("relationship", usid::kRelationship, 6)});
 }
 
 int versionOf(const ParserResult& result) {

@@ -116,22 +116,6 @@ TEST(UsidReaders, CodedFieldLengthMessage) {
     EXPECT_TRUE(view.empty());
 }
 
-TEST(UsidReaders, RunnerStopsShortAndSkipsEmptyList) {
-    const std::string text = "1";
-    ParserStringRef view(text);
-    parser::ParserResult result;
-    parser::readUsidFields({}, view, result);
-    EXPECT_FALSE(result.error);
-    parser::readUsidFields({{[](ParserStringRef& v, std::size_t n) {
-                                 return parser::readCodedField(v, n, "sponsorFlag", kSponsorFlag);
-                             },
-                             2}},
-                           view, result);
-    ASSERT_TRUE(result.error);
-    EXPECT_EQ(result.error->message, "code string is too small");
-    EXPECT_TRUE(result.fields.empty());
-}
-
 // A real image starts with bytes that are no UTF-8, which the data files
 // cannot hold as raw text.
 TEST(UsidParser, BinaryImageBytes) {
