@@ -60,8 +60,7 @@ nlohmann::json numberOrNull(ParserStringRef text) {
     return number ? nlohmann::json(*number) : nlohmann::json(nullptr);
 }
 
-// A code made only of digits is reported as a number, so that "01" and "1"
-// compare alike for callers.
+// A code made only of digits (the DEERS suffix) is reported as a number.
 nlohmann::json codeValue(ParserStringRef code) {
     if (!code.empty()) {
         bool digits = true;
@@ -98,8 +97,8 @@ BcbpFieldOutcome readUsidHeader(ParserStringRef& view, std::size_t length) {
     return success("header", std::string(), std::move(header));
 }
 
-// The header's size and check bytes may be binary; the text data begins at
-// the first digit, the sponsor flag.
+// The text data begins with the sponsor flag, a digit; whatever stands between
+// the header and it is passed over.
 BcbpFieldOutcome skipToFirstDigit(ParserStringRef& view, std::size_t /*length*/) {
     while (!view.empty() && !isDigit(view.front())) view = view.drop_front(1);
     return nothing();
@@ -111,8 +110,9 @@ BcbpFieldOutcome skipBytes(ParserStringRef& view, std::size_t length) {
 }
 
 BcbpFieldOutcome readImage(ParserStringRef& view, std::size_t /*length*/) {
-    const ParserStringRef bytes = view.take_front(view.size());
-    return success("jpegData", bytes.str(), base64Encode(bytes.str()));
+    std::string bytes = view.take_front(view.size()).str();
+    std::string encoded = base64Encode(bytes);
+    return success("jpegData", std::move(bytes), std::move(encoded));
 }
 
 // Version 1 cards have no pay grade at all.
