@@ -1,6 +1,7 @@
 #include "qvx/parser.h"
 
 #include "qvx/contract.h"
+#include "usid/usid_parser.h"
 #include "vin/vin_parser.h"
 
 namespace qvx {
@@ -12,12 +13,13 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
     switch (format) {
         case ParserDataFormat::Vin:
             return std::make_unique<parser::VinParser>();
+        case ParserDataFormat::UsUsid:
+            return std::make_unique<parser::UsUsidParser>();
         case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Hibc:
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::SwissQr:
-        case ParserDataFormat::UsUsid:
         case ParserDataFormat::IataBcbp:
         case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
