@@ -1,5 +1,6 @@
 #include "qvx/parser.h"
 
+#include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
 #include "vin/vin_parser.h"
 
@@ -12,8 +13,9 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
     switch (format) {
         case ParserDataFormat::Vin:
             return std::make_unique<parser::VinParser>();
-        case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Hibc:
+            return std::make_unique<parser::HIBCParser>();
+        case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::SwissQr:
