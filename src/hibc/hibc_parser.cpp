@@ -177,8 +177,8 @@ void HIBCParser::parseSecondary(ParserStringRef secondary, ParserResult& result)
         return;
     }
 
-    // Without a "$" the segment is a day-of-year expiry and a lot, and
-    // nothing may follow it.
+    // Without a "$" the segment is a day-of-year expiry and a lot; segments
+    // after this short form are not read.
     if (isDigit(secondary[1])) {
         if (secondary.size() <= 5) {
             result.setError("illegal date size");
