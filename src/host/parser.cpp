@@ -1,5 +1,6 @@
 #include "qvx/parser.h"
 
+#include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
 #include "usid/usid_parser.h"
 #include "vin/vin_parser.h"
@@ -15,8 +16,9 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::VinParser>();
         case ParserDataFormat::UsUsid:
             return std::make_unique<parser::UsUsidParser>();
-        case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Hibc:
+            return std::make_unique<parser::HIBCParser>();
+        case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::SwissQr:
