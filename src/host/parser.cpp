@@ -1,5 +1,6 @@
 #include "qvx/parser.h"
 
+#include "bcbp/bcbp_parser.h"
 #include "qvx/contract.h"
 #include "vin/vin_parser.h"
 
@@ -12,13 +13,14 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
     switch (format) {
         case ParserDataFormat::Vin:
             return std::make_unique<parser::VinParser>();
+        case ParserDataFormat::IataBcbp:
+            return std::make_unique<parser::IataBcbpParser>();
         case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Hibc:
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::SwissQr:
         case ParserDataFormat::UsUsid:
-        case ParserDataFormat::IataBcbp:
         case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
     }
