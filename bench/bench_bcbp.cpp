@@ -1,2 +1,65 @@
-// Placeholder: filled in with the format.
-namespace {}
+// Parses per second of boarding passes, through the host-facing parser object
+// and through the format parser alone.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "bcbp/bcbp_parser.h"
+#include "qvx/parser.h"
+
+namespace {
+
+// One leg, version 6, with the pass-level items, one baggage group and airline use.
+const std::string kOneLegPass =
+    "M1SMITH/JOHN          EXYZ789 LHRJFKBA 0117 123Y023C0042 14E>6180WW4122BBA "
+    "01251234560012A1251234567890 0BA BA 12345678         1PCNABC123";
+// Two legs, the second with its own leg-level items, and security data.
+const std::string kTwoLegPass =
+    "M2SMITH/JOHN          EXYZ789 LHRJFKBA 0117 123Y023C0042 148>6180WW4122BBA "
+    "01251234560012A1251234567890 0BA BA 12345678         1PCNXYZ789 JFKBOSAA 42   "
+    "125Y012A7    12C2A0019876543210 0AA                        Y^10ASIGNATURE1";
+
+void parseThroughParser(benchmark::State& state, const std::string& input) {
+    auto created = qvx::Parser::create(nullptr, ParserDataFormat::IataBcbp);
+    if (!created.ok()) {
+        state.SkipWithError(created.error().c_str());
+        return;
+    }
+    auto parser = created.value();
+    for (auto _ : state) {
+        auto outcome = parser->parse(input);
+        benchmark::DoNotOptimize(outcome);
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
+}
+
+void parseDirect(benchmark::State& state, const std::string& input) {
+    parser::IataBcbpParser bcbp;
+    for (auto _ : state) {
+        auto result = bcbp.parse(ParserStringRef(input));
+        benchmark::DoNotOptimize(result);
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
+}
+
+void BM_ParserParseBcbpOneLeg(benchmark::State& state) {
+    parseThroughParser(state, kOneLegPass);
+}
+void BM_ParserParseBcbpTwoLegs(benchmark::State& state) {
+    parseThroughParser(state, kTwoLegPass);
+}
+void BM_BcbpParserDirectOneLeg(benchmark::State& state) {
+    parseDirect(state, kOneLegPass);
+}
+void BM_BcbpParserDirectTwoLegs(benchmark::State& state) {
+    parseDirect(state, kTwoLegPass);
+}
+
+}  // namespace
+
+BENCHMARK(BM_ParserParseBcbpOneLeg);
+BENCHMARK(BM_ParserParseBcbpTwoLegs);
+BENCHMARK(BM_BcbpParserDirectOneLeg);
+BENCHMARK(BM_BcbpParserDirectTwoLegs);

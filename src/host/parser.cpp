@@ -1,5 +1,6 @@
 #include "qvx/parser.h"
 
+#include "bcbp/bcbp_parser.h"
 #include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
 #include "usid/usid_parser.h"
@@ -14,15 +15,16 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
     switch (format) {
         case ParserDataFormat::Vin:
             return std::make_unique<parser::VinParser>();
-        case ParserDataFormat::UsUsid:
-            return std::make_unique<parser::UsUsidParser>();
         case ParserDataFormat::Hibc:
             return std::make_unique<parser::HIBCParser>();
+        case ParserDataFormat::IataBcbp:
+            return std::make_unique<parser::IataBcbpParser>();
+        case ParserDataFormat::UsUsid:
+            return std::make_unique<parser::UsUsidParser>();
         case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::SwissQr:
-        case ParserDataFormat::IataBcbp:
         case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
     }

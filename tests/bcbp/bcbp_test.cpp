@@ -1,2 +1,337 @@
-// Placeholder: filled in with the format.
-namespace {}
+// Field parsers, option extractors and a smoke run over real boarding passes.
+// Whole passes are checked by the data-driven cases in tests/data/iata_bcbp.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "bcbp/bcbp_field_parsers.h"
+#include "bcbp/bcbp_parser.h"
+#include "common/option_extractors.h"
+
+namespace {
+
+using nlohmann::json;
+using parser::Date;
+
+struct Read {
+    bool ok = false;
+    std::string error;
+    parser::ParsedField field{"", "", nullptr};
+    std::size_t left = 0;
+};
+
+Read run(const parser::BcbpFieldParser& fieldParser, const std::string& input, std::size_t width) {
+    ParserStringRef text(input);
+    auto outcome = fieldParser(text, width);
+    Read read;
+    read.ok = outcome.ok();
+    read.left = text.size();
+    if (read.ok) {
+        read.field = outcome.value();
+    } else {
+        read.error = outcome.error();
+    }
+    return read;
+}
+
+std::string issuesOf(const parser::ParsedField& field) {
+    std::string text;
+    for (const auto& issue : field.issues) text += (text.empty() ? "" : "|") + issue->message;
+    return text;
+}
+
+json day(int year, int month, int d) {
+    return {{"year", year}, {"month", month}, {"day", d}};
+}
+
+const std::string kNoYearDigit =
+    "Date field does not include year digit as required by BCBP specifications. Ignoring year "
+    "field.";
+const std::string kDayZero =
+    "Illegal day count in date '0'. Must be greater than 0 and less than or equal to 366.";
+
+TEST(BcbpDate, JulianDatesAndYearDigitWindow) {
+    struct Row {
+        std::string text;
+        std::size_t width;
+        int referenceYear;
+        bool required;
+        json parsed;
+        std::string issue;
+        std::size_t left;  // of the text, which is the item and "X"
+    };
+    const Row rows[] = {
+        {"001", 3, 2024, true, day(2024, 1, 1), "", 1},
+        {"060", 3, 2024, true, day(2024, 2, 29), "", 1},
+        {"060", 3, 2023, true, day(2023, 3, 1), "", 1},
+        {"366", 3, 2023, true, day(2024, 1, 1), "", 1},
+        {"000", 3, 2024, true, day(2023, 12, 31), kDayZero, 1},
+        {"400", 3, 2024, true, day(2025, 2, 3),
+         "Illegal day count in date '400'. Must be greater than 0 and less than or equal to 366.",
+         1},
+        {"9123", 4, 2024, true, day(2029, 5, 3), "", 1},
+        {"0123", 4, 2024, true, day(2020, 5, 2), "", 1},
+        {"0123", 4, 2026, true, day(2030, 5, 3), "", 1},
+        {"1123", 4, 2026, true, day(2031, 5, 3), "", 1},
+        {"2123", 4, 2026, true, day(2022, 5, 3), "", 1},
+        {"123 ", 4, 2024, true, day(2024, 5, 2), kNoYearDigit, 1},
+        {"000 ", 4, 2024, true, day(2023, 12, 31), kNoYearDigit, 1},
+        {"   ", 3, 2024, true, nullptr, "Date field is blank.", 1},
+        {"    ", 4, 2024, true, nullptr, "Date field is blank.", 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text + " / " + std::to_string(row.referenceYear));
+        const Read read =
+            run(parser::dateFieldParser("d", Date{row.referenceYear, 1, 1}, row.required),
+                row.text + "X", row.width);
+        ASSERT_TRUE(read.ok) << read.error;
+        EXPECT_EQ(read.field.name, "d");
+        EXPECT_EQ(read.field.rawString, row.text);
+        EXPECT_EQ(read.field.parsed, row.parsed);
+        EXPECT_EQ(issuesOf(read.field), row.issue);
+        EXPECT_EQ(read.left, row.left);
+    }
+}
+
+TEST(BcbpDate, OptionalDatesVanishAndBadDigitsFail) {
+    for (const std::string empty : {"0000", "    "}) {
+        const Read read =
+            run(parser::dateFieldParser("d", Date{2024, 1, 1}, false), empty + "X", 4);
+        ASSERT_TRUE(read.ok);
+        EXPECT_EQ(read.field.name, "");
+        EXPECT_EQ(read.left, 1u);
+    }
+    // Required, zeros are a day count of 0.
+    EXPECT_EQ(issuesOf(run(parser::dateFieldParser("d", Date{2024, 1, 1}, true), "0000", 4).field),
+              kDayZero);
+    for (const std::string bad : {"12A", "1 3", "A23 ", "12A4"}) {
+        const Read read =
+            run(parser::dateFieldParser("d", Date{2024, 1, 1}, true), bad, bad.size());
+        EXPECT_EQ(read.error,
+                  "BCBP parsing error; 'd'. Only numerical characters are permitted in this field.")
+            << bad;
+    }
+}
+
+TEST(BcbpBaggage, GroupsExpandToTags) {
+    struct Row {
+        std::string text;
+        int version;
+        json tags;
+        std::string issues;
+        std::size_t left;
+    };
+    const Row rows[] = {
+        // Up to version 6 the count leaves out the first bag.
+        {"0014123456003", 6, {"0014123456", "0014123457", "0014123458", "0014123459"}, "", 0},
+        {"0014123456002", 7, {"0014123456", "0014123457"}, "", 0},
+        {"0014129999001", 7, {"0014129999"}, "", 0},
+        {"0014123456000", 7, json::array(), "", 0},
+        {"0014120001001001412000200100141200030011234",
+         8,
+         {"0014120001", "0014120002", "0014120003"},
+         "",
+         4},
+        // Below version 4 only one group is read.
+        {"00141200010010014120002001", 3, {"0014120001", "0014120002"}, "", 13},
+        // A bad group adds an issue and the next group is still read.
+        {"             0014120002001", 6, {"0014120002", "0014120003"}, "tag base is empty", 0},
+        {"001412000A0010014120002000", 7, json::array(), "tag is not numeric", 0},
+        {"00141200010X1", 7, json::array(), "tag is not numeric", 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        const Read read = run(parser::baggageTagFieldParser("b", row.version), row.text, 13);
+        ASSERT_TRUE(read.ok) << read.error;
+        EXPECT_EQ(read.field.parsed, row.tags);
+        EXPECT_EQ(read.field.rawString, row.text.substr(0, row.text.size() - row.left));
+        EXPECT_EQ(issuesOf(read.field), row.issues);
+        EXPECT_EQ(read.left, row.left);
+    }
+    EXPECT_EQ(run(parser::baggageTagFieldParser("b", 6), "001412345600", 12).error,
+              "BCBP parsing error; 'b'. Underflow parsing baggage tags");
+    const Read none = run(parser::baggageTagFieldParser("b", 6), "0014123456003", 0);
+    EXPECT_TRUE(none.field.parsed.is_null());
+    EXPECT_EQ(none.left, 13u);
+}
+
+TEST(BcbpFields, SimpleParsers) {
+    struct Row {
+        parser::BcbpFieldParser fieldParser;
+        std::string text;
+        json parsed;  // ignored when `error` is set
+        std::string error;
+    };
+    const std::string notNumeric = "Should contain only numerical characters.";
+    const Row rows[] = {
+        {parser::textFieldParser("t", false), "     ", nullptr, ""},
+        {parser::textFieldParser("t", false), " AB C ", "AB C", ""},
+        {parser::booleanFieldParser("f"), "Y", true, ""},
+        {parser::booleanFieldParser("f"), "N", false, ""},
+        {parser::booleanFieldParser("f"), "y", false, ""},
+        {parser::booleanFieldParser("f"), " ", false, ""},
+        {parser::lastNameFirstNameParser("n", false, '/'), "SMITH/JOHN  ", {"JOHN", "SMITH"}, ""},
+        {parser::lastNameFirstNameParser("n", false, '/'), "SMITH/  ", nullptr,
+         "Only one name was recognized; two required."},
+        {parser::lastNameFirstNameParser("n", false, '/'), "      ", nullptr,
+         "Only one name was recognized; two required."},
+        {parser::intFieldParser("i", true), "7", 7, ""},
+        {parser::intFieldParser("i", true), "12 ", 12, ""},
+        {parser::intFieldParser("i", false), "   ", nullptr, ""},
+        {parser::intFieldParser("i", true), " ", nullptr, notNumeric},
+        {parser::intFieldParser("i", false), "1A", nullptr, notNumeric},
+        {parser::hexIntFieldParser("h"), "F", 15, ""},
+        {parser::hexIntFieldParser("h"), "2a", 42, ""},
+        {parser::hexIntFieldParser("h"), "G", nullptr, notNumeric},
+        {parser::hexIntFieldParser("h"), "1 ", nullptr, notNumeric},
+        {parser::hexIntFieldParser("h"), "FFFFFFFFFFFFFFFFFFFF", nullptr, notNumeric},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        const Read read = run(row.fieldParser, row.text, row.text.size());
+        if (!row.error.empty()) {
+            EXPECT_NE(read.error.find(row.error), std::string::npos) << read.error;
+            continue;
+        }
+        ASSERT_TRUE(read.ok) << read.error;
+        EXPECT_EQ(read.field.parsed, row.parsed);
+        EXPECT_EQ(read.field.rawString, row.text);
+        EXPECT_EQ(read.left, 0u);
+    }
+}
+
+TEST(BcbpFields, StrictPatterns) {
+    struct Row {
+        const char* field;
+        const char* text;
+        bool passes;
+    };
+    const Row rows[] = {
+        {"seatNumber", "    ", true},         {"seatNumber", "001A", true},
+        {"seatNumber", "01A ", false},        {"seatNumber", "ABC ", true},
+        {"fromAirport", "YUL", true},         {"fromAirport", "YU ", false},
+        {"fromAirport", "yul", false},        {"airlineNumericCode", "014", true},
+        {"airlineNumericCode", "   ", false}, {"passengerDescription", "a", false},
+        {"formatCode", "\x7f", false},        {"formatCode", "M", true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.field) + " '" + row.text + "'");
+        const std::string text = row.text;
+        const Read strict = run(parser::textFieldParser(row.field, true), text, text.size());
+        EXPECT_EQ(strict.ok, row.passes) << strict.error;
+        if (!row.passes) {
+            EXPECT_EQ(strict.error, std::string("BCBP parsing error; '") + row.field +
+                                        "'. content failed strict check");
+        }
+        EXPECT_TRUE(run(parser::textFieldParser(row.field, false), text, text.size()).ok);
+    }
+    // Nothing is taken and nothing is tested for an item of width 0.
+    const Read empty = run(parser::textFieldParser("seatNumber", true), "xx", 0);
+    EXPECT_TRUE(empty.ok && empty.field.parsed.is_null() && empty.left == 2u);
+}
+
+TEST(BcbpOptions, ExtractorsTakeEachKeyOnce) {
+    const json options = {{"flag", true}, {"year", 2030}, {"extra", 1}, {"alsoExtra", "x"}};
+    parser::OptionExtractor extractor(options);
+    bool flag = false;
+    std::optional<int> year;
+    EXPECT_TRUE(parser::extract_to<bool>(extractor, "flag", flag).ok());
+    EXPECT_TRUE(flag);
+    EXPECT_TRUE(parser::extract_reference_year_to(extractor, "year", year).ok());
+    EXPECT_EQ(year, 2030);
+    EXPECT_TRUE(parser::extract_to<bool>(extractor, "absent", flag).ok());
+    EXPECT_EQ(parser::extract_to<bool>(extractor, "flag", flag).error(),
+              "option 'flag' has already been extracted");
+    EXPECT_EQ(extractor.refuseLeftovers().error(), R"(invalid option(s): ["alsoExtra","extra"])");
+
+    const auto refusedYear = [](const json& value) {
+        const json object = {{"y", value}};
+        parser::OptionExtractor years(object);
+        std::optional<int> target = 2024;
+        auto outcome = parser::extract_reference_year_to(years, "y", target);
+        EXPECT_EQ(target, 2024) << "a refused value is not written";
+        return outcome.ok() ? std::string() : outcome.error();
+    };
+    const std::string yearMessage = "option 'y' must be a valid year greater than or equal 2000";
+    for (const json& bad : {json(1999), json(-1), json(2020.5), json("2020"), json(nullptr),
+                            json(100000), json(18446744073709551615ULL)}) {
+        EXPECT_EQ(refusedYear(bad), yearMessage) << bad;
+    }
+    const json notBoolean = {{"b", "yes"}};
+    parser::OptionExtractor booleans(notBoolean);
+    EXPECT_EQ(parser::extract_to<bool>(booleans, "b", flag).error(),
+              R"(option 'b' ( = '"yes"' ) is not a boolean.)");
+}
+
+TEST(BcbpSectionSize, HexadecimalLengthInFront) {
+    struct Row {
+        std::string text;
+        bool soft;
+        std::optional<std::string> block;
+        std::string error;
+        std::string warning;
+    };
+    const Row rows[] = {
+        {"03ABCD", false, "ABC", "", ""},
+        {"00", false, "", "", ""},
+        {"0", false, std::nullopt, "BCBP parsing error; 's'. Underflow reading section size", ""},
+        {"G1AB", false, std::nullopt, "BCBP parsing error; 's'. Error reading section size", ""},
+        {"-1AB", false, std::nullopt, "BCBP parsing error; 's'. Error reading section size", ""},
+        {"05AB", false, std::nullopt,
+         "BCBP parsing error; 's'. Underflow reading 's' data. Expected 5, available: 2.", ""},
+        {"05AB", true, "AB", "", "Underflow reading 's' data. Expected 5, available: 2."},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        parser::ParserResult result;
+        ParserStringRef text(row.text);
+        const auto block = parser::readSectionSize("s", text, result, row.soft);
+        ASSERT_EQ(block.has_value(), row.block.has_value());
+        if (block) {
+            EXPECT_EQ(block->str(), *row.block);
+        }
+        EXPECT_EQ(result.error ? result.error->message : "", row.error);
+        EXPECT_EQ(result.warnings.empty() ? "" : result.warnings[0]->message, row.warning);
+    }
+}
+
+TEST(BcbpCorpus, EveryPassParsesOrFailsCleanly) {
+    const std::filesystem::path root = QVX_CORPUS_DIR "/bcbp";
+    if (!std::filesystem::exists(root)) GTEST_SKIP() << "no corpus at " << root;
+    parser::IataBcbpParser lax;
+    parser::IataBcbpParser strict;
+    ASSERT_TRUE(lax.readOptionsFromJSONString(R"({"referenceYear": 2024})")->ok);
+    ASSERT_TRUE(
+        strict.readOptionsFromJSONString(R"({"referenceYear": 2024, "strictMode": true})")->ok);
+    std::size_t files = 0;
+    std::size_t parsed = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        if (entry.path().extension() != ".txt") continue;
+        std::ifstream in(entry.path(), std::ios::binary);
+        const std::string pass((std::istreambuf_iterator<char>(in)), {});
+        SCOPED_TRACE(entry.path().string());
+        ++files;
+        for (parser::IataBcbpParser* bcbp : {&lax, &strict}) {
+            auto result = bcbp->parse(ParserStringRef(pass));
+            if (result->error) {
+                EXPECT_FALSE(result->error->message.empty());
+                continue;
+            }
+            parsed += bcbp == &lax;
+            // A pass that is read has its legs, one object per encoded leg.
+            const auto* legs = result->getFieldByName("legs");
+            ASSERT_NE(legs, nullptr);
+            EXPECT_EQ(legs->parsed.size(),
+                      result->getFieldByName("numberOfLegsEncoded")->parsed.get<std::size_t>());
+        }
+    }
+    EXPECT_GT(files, 0u);
+    // Most of the valid samples are read; the rest break the fixed layout.
+    EXPECT_GT(parsed, files / 3);
+}
+
+}  // namespace
