@@ -66,52 +66,11 @@ TEST(Parser, SuccessSendsOneUsageEvent) {
                                           "false_positive_compensation": false}})"));
 }
 
-TEST(Parser, FailureKeepsOnlyTheIssueAndStillReports) {
-    Fixture f(ParserDataFormat::Vin);
-    ASSERT_TRUE(f.parser);
-    ASSERT_TRUE(f.parser->setOptions(R"({"strictMode": true})").ok());
-    auto outcome = f.parser->parse(std::string("1HGCM8263\0A004352", 17));
-    ASSERT_FALSE(outcome.ok());
-    EXPECT_EQ(outcome.error()->code, ParserIssueCode::Generic);
-    ASSERT_EQ(f.sink->events.size(), 1u);
-    const json& payload = f.sink->events[0].second;
-    EXPECT_EQ(payload["success"], false);
-    EXPECT_EQ(payload["error"], outcome.error()->message);
-    EXPECT_EQ(payload["options"]["strict_mode"], true);
-}
-
-TEST(Parser, EmptyInputReachesTheFormatParser) {
-    Fixture f(ParserDataFormat::Vin);
-    ASSERT_TRUE(f.parser);
-    auto outcome = f.parser->parse("");
-    ASSERT_FALSE(outcome.ok());
-    EXPECT_EQ(outcome.error()->message, "valid VIN consists of 17 characters");
-}
-
 TEST(Parser, NoSinkNoEvent) {
     auto created =
         qvx::Parser::create(std::make_shared<qvx::core::Context>(), ParserDataFormat::Vin);
     ASSERT_TRUE(created.ok());
     EXPECT_TRUE(created.value()->parse("x").error());
-}
-
-TEST(Parser, OptionsPersistAndFailuresLeaveEarlierKeysSet) {
-    Fixture f(ParserDataFormat::Vin);
-    ASSERT_TRUE(f.parser);
-    const json defaults = f.parser->optionsToJSON();
-    EXPECT_TRUE(f.parser->setOptions("{}").ok());
-    EXPECT_EQ(f.parser->optionsToJSON(), defaults);
-
-    // Keys are walked in sorted order: falsePositiveCompensation is set before
-    // the bad key stops the walk.
-    auto set = f.parser->setOptions(R"({"zzz": 1, "falsePositiveCompensation": true})");
-    ASSERT_FALSE(set.ok());
-    EXPECT_EQ(set.error(), "invalid option: zzz");
-    EXPECT_EQ(f.parser->optionsToJSON()["false_positive_compensation"], true);
-
-    auto snake = f.parser->setOptions(R"({"strict_mode": true})");
-    ASSERT_FALSE(snake.ok());
-    EXPECT_EQ(snake.error(), "invalid option: strict_mode");
 }
 
 TEST(Parser, ResultsOutliveTheParser) {
