@@ -203,7 +203,7 @@ class PassReader {
         const json& value = issued->parsed;
         const Date issue{value.value("year", 0), value.value("month", 0), value.value("day", 0)};
         const std::size_t legsIndex = result_.fields.size() - 1;
-        json legs = result_.fields[legsIndex].parsed;
+        json legs = std::move(result_.fields[legsIndex].parsed);
         for (auto& leg : legs) {
             const auto found = leg.find("flightDate");
             if (found == leg.end() || !found->is_object()) continue;
@@ -215,7 +215,7 @@ class PassReader {
             }
             *found = dateToJson(flight);
         }
-        std::string raw = result_.fields[legsIndex].rawString;
+        std::string raw = std::move(result_.fields[legsIndex].rawString);
         result_.replaceField(legsIndex, "legs", std::move(raw), std::move(legs));
     }
 
