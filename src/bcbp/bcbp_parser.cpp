@@ -1,5 +1,6 @@
 #include "bcbp/bcbp_parser.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <memory>
@@ -26,6 +27,10 @@ constexpr int kFirstVersionWithFastTrack = 5;
 // The leg-level conditional items without the fast-track flag take 41
 // characters; a shorter block carries the flag as its last character.
 constexpr std::size_t kFullRepeatedBlock = 41;
+// Enough room for the fields of a whole pass and of one leg, so that neither
+// list grows field by field.
+constexpr std::size_t kPassFieldCapacity = 16;
+constexpr std::size_t kLegFieldCapacity = 24;
 // The document type is the eighth character of the pass-level block.
 constexpr std::size_t kDocumentTypeOffset = 7;
 
@@ -143,11 +148,14 @@ class PassReader {
         : specs_(specs), strict_(specs.strict), result_(result) {}
 
     void read(ParserStringRef text) {
+        result_.fields.reserve(kPassFieldCapacity);
+        leg_.fields.reserve(kLegFieldCapacity);
         ahead_ = lookAhead(text);
         if (!runBcbpSection(specs_.head, text, true, result_)) return;
         const int legCount = result_.getFieldByName("numberOfLegsEncoded")->parsed.get<int>();
         const char* legsBegin = text.begin();
         json legs = json::array();
+        legs.get_ref<json::array_t&>().reserve(static_cast<std::size_t>(std::max(legCount, 0)));
         for (int leg = 0; leg < legCount; ++leg) {
             if (!readLeg(text, legs)) return;
         }
@@ -161,7 +169,11 @@ class PassReader {
     // Reads one leg into its own result, then hands its warnings, its error or
     // its JSON object on. Returns false when the parse has to stop.
     bool readLeg(ParserStringRef& text, json& legs) {
-        ParserResult leg;
+        // One result serves every leg, so its field storage is allocated once.
+        ParserResult& leg = leg_;
+        leg.fields.clear();
+        leg.warnings.clear();
+        leg.error.reset();
         const bool read = runBcbpSection(specs_.legs[ahead_.itinerary], text, true, leg) &&
                           readConditional(text, leg);
         for (auto& warning : leg.warnings) result_.addWarning(std::move(warning));
@@ -171,7 +183,11 @@ class PassReader {
         }
         if (!read) return false;
         json object = json::object();
-        for (auto& field : leg.fields) object[field.name] = std::move(field.parsed);
+        auto& members = object.get_ref<json::object_t&>();
+        // A later field of the same name wins, as an assignment would have it.
+        for (auto& field : leg.fields) {
+            members.insert_or_assign(std::move(field.name), std::move(field.parsed));
+        }
         legs.push_back(std::move(object));
         return true;
     }
@@ -293,6 +309,7 @@ class PassReader {
     const BcbpSpecSet& specs_;
     bool strict_;
     ParserResult& result_;
+    ParserResult leg_;
     LookAhead ahead_;
     bool uniqueRead_ = false;
 };
