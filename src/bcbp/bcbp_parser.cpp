@@ -1,5 +1,9 @@
 #include "bcbp/bcbp_parser.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +27,10 @@ constexpr int kFirstVersionWithFastTrack = 5;
 // The leg-level conditional items without the fast-track flag take 41
 // characters; a shorter block carries the flag as its last character.
 constexpr std::size_t kFullRepeatedBlock = 41;
+// Enough room for the fields of a whole pass and of one leg, so that neither
+// list grows field by field.
+constexpr std::size_t kPassFieldCapacity = 16;
+constexpr std::size_t kLegFieldCapacity = 24;
 // The document type is the eighth character of the pass-level block.
 constexpr std::size_t kDocumentTypeOffset = 7;
 
@@ -49,18 +57,105 @@ LookAhead lookAhead(ParserStringRef text) {
     return ahead;
 }
 
-// One parse: the options, what the look-ahead found and the result.
+}  // namespace
+
+// Every field list a parse may need. The look-ahead chooses among them: the
+// itinerary flag, the version (0-9; it only changes how baggage tags are read)
+// and the width of the fast-track flag in the leg-level block.
+struct BcbpSpecSet {
+    static constexpr int kVersions = 10;
+
+    BcbpSpecSet(bool strictMode, int referenceYear) : strict(strictMode), year(referenceYear) {
+        const Date reference{year, 1, 1};
+        head = {
+            {textFieldParser("formatCode", strict), 1},
+            {intFieldParser("numberOfLegsEncoded", true), 1},
+            {lastNameFirstNameParser("passengerName", strict, '/'), 20},
+            {textFieldParser("electronicTicketIndicator", strict), 1},
+        };
+        for (const bool itinerary : {false, true}) {
+            legs[itinerary] = legSpecs(reference, itinerary);
+            for (int version = 0; version < kVersions; ++version) {
+                unique[itinerary][version] = uniqueSpecs(reference, itinerary, version);
+            }
+        }
+        for (const std::size_t fastTrackWidth : {0, 1}) {
+            repeated[fastTrackWidth] = repeatedSpecs(fastTrackWidth);
+        }
+    }
+
+    bool strict;
+    int year;
+    std::vector<BcbpFieldSpec> head;
+    std::array<std::vector<BcbpFieldSpec>, 2> legs;
+    std::array<std::array<std::vector<BcbpFieldSpec>, kVersions>, 2> unique;
+    std::array<std::vector<BcbpFieldSpec>, 2> repeated;
+    BcbpFieldParser versionNumber = hexIntFieldParser("versionNumber");
+    BcbpFieldParser fastTrack = booleanFieldParser("fastTrack");
+
+  private:
+    std::vector<BcbpFieldSpec> legSpecs(Date reference, bool itinerary) const {
+        // An itinerary receipt may be printed before a seat is assigned.
+        const bool strictSeat = strict && !itinerary;
+        return {
+            {textFieldParser("operatingCarrierPNR", strict), 7},
+            {textFieldParser("fromAirport", strict), 3},
+            {textFieldParser("toAirport", strict), 3},
+            {textFieldParser("operatingCarrierDesignator", strict), 3},
+            {textFieldParser("flightNumber", strict), 5},
+            {dateFieldParser("flightDate", reference, true), 3},
+            {textFieldParser("compartmentCode", strict), 1},
+            {textFieldParser("seatNumber", strictSeat), 4},
+            {textFieldParser("checkInSequenceNumber", strictSeat), 5},
+            {textFieldParser("passengerStatus", strict), 1},
+        };
+    }
+
+    std::vector<BcbpFieldSpec> uniqueSpecs(Date reference, bool itinerary, int version) const {
+        return {
+            {textFieldParser("passengerDescription", strict), 1},
+            {textFieldParser("sourceOfCheckIn", strict), 1},
+            {textFieldParser("sourceofBoardingPassIssuance", strict), 1},
+            {dateFieldParser("dateOfIssuance", reference, !itinerary), 4},
+            {textFieldParser("documentType", strict), 1},
+            {textFieldParser("airlineDesignatorOfIssuer", strict), 3},
+            {baggageTagFieldParser("baggageTagLicensePlateNumbers", version), 13},
+        };
+    }
+
+    std::vector<BcbpFieldSpec> repeatedSpecs(std::size_t fastTrackWidth) const {
+        return {
+            {textFieldParser("airlineNumericCode", strict), 3},
+            {textFieldParser("serialNumber", strict), 10},
+            {textFieldParser("selecteeIndicator", strict), 1},
+            {textFieldParser("internationalDocumentationVerification", strict), 1},
+            {textFieldParser("marketingCarrierDesignator", strict), 3},
+            {textFieldParser("frequentFlyerAirlineDesignator", strict), 3},
+            {textFieldParser("frequentFlyerNumber", strict), 16},
+            {textFieldParser("idIndicator", strict), 1},
+            {textFieldParser("freeBaggageAllowance", strict), 3},
+            {booleanFieldParser("fastTrack"), fastTrackWidth},
+        };
+    }
+};
+
+namespace {
+
+// One parse: the field lists, what the look-ahead found and the result.
 class PassReader {
   public:
-    PassReader(Date reference, bool strict, ParserResult& result)
-        : reference_(reference), strict_(strict), result_(result) {}
+    PassReader(const BcbpSpecSet& specs, ParserResult& result)
+        : specs_(specs), strict_(specs.strict), result_(result) {}
 
     void read(ParserStringRef text) {
+        result_.fields.reserve(kPassFieldCapacity);
+        leg_.fields.reserve(kLegFieldCapacity);
         ahead_ = lookAhead(text);
-        if (!runBcbpSection(headSpecs(), text, true, result_)) return;
+        if (!runBcbpSection(specs_.head, text, true, result_)) return;
         const int legCount = result_.getFieldByName("numberOfLegsEncoded")->parsed.get<int>();
         const char* legsBegin = text.begin();
         json legs = json::array();
+        legs.get_ref<json::array_t&>().reserve(static_cast<std::size_t>(std::max(legCount, 0)));
         for (int leg = 0; leg < legCount; ++leg) {
             if (!readLeg(text, legs)) return;
         }
@@ -71,64 +166,16 @@ class PassReader {
     }
 
   private:
-    std::vector<BcbpFieldSpec> headSpecs() const {
-        return {
-            {textFieldParser("formatCode", strict_), 1},
-            {intFieldParser("numberOfLegsEncoded", true), 1},
-            {lastNameFirstNameParser("passengerName", strict_, '/'), 20},
-            {textFieldParser("electronicTicketIndicator", strict_), 1},
-        };
-    }
-
-    std::vector<BcbpFieldSpec> legSpecs() const {
-        // An itinerary receipt may be printed before a seat is assigned.
-        const bool strictSeat = strict_ && !ahead_.itinerary;
-        return {
-            {textFieldParser("operatingCarrierPNR", strict_), 7},
-            {textFieldParser("fromAirport", strict_), 3},
-            {textFieldParser("toAirport", strict_), 3},
-            {textFieldParser("operatingCarrierDesignator", strict_), 3},
-            {textFieldParser("flightNumber", strict_), 5},
-            {dateFieldParser("flightDate", reference_, true), 3},
-            {textFieldParser("compartmentCode", strict_), 1},
-            {textFieldParser("seatNumber", strictSeat), 4},
-            {textFieldParser("checkInSequenceNumber", strictSeat), 5},
-            {textFieldParser("passengerStatus", strict_), 1},
-        };
-    }
-
-    std::vector<BcbpFieldSpec> uniqueSpecs() const {
-        return {
-            {textFieldParser("passengerDescription", strict_), 1},
-            {textFieldParser("sourceOfCheckIn", strict_), 1},
-            {textFieldParser("sourceofBoardingPassIssuance", strict_), 1},
-            {dateFieldParser("dateOfIssuance", reference_, !ahead_.itinerary), 4},
-            {textFieldParser("documentType", strict_), 1},
-            {textFieldParser("airlineDesignatorOfIssuer", strict_), 3},
-            {baggageTagFieldParser("baggageTagLicensePlateNumbers", ahead_.version), 13},
-        };
-    }
-
-    std::vector<BcbpFieldSpec> repeatedSpecs(std::size_t fastTrackWidth) const {
-        return {
-            {textFieldParser("airlineNumericCode", strict_), 3},
-            {textFieldParser("serialNumber", strict_), 10},
-            {textFieldParser("selecteeIndicator", strict_), 1},
-            {textFieldParser("internationalDocumentationVerification", strict_), 1},
-            {textFieldParser("marketingCarrierDesignator", strict_), 3},
-            {textFieldParser("frequentFlyerAirlineDesignator", strict_), 3},
-            {textFieldParser("frequentFlyerNumber", strict_), 16},
-            {textFieldParser("idIndicator", strict_), 1},
-            {textFieldParser("freeBaggageAllowance", strict_), 3},
-            {booleanFieldParser("fastTrack"), fastTrackWidth},
-        };
-    }
-
     // Reads one leg into its own result, then hands its warnings, its error or
     // its JSON object on. Returns false when the parse has to stop.
     bool readLeg(ParserStringRef& text, json& legs) {
-        ParserResult leg;
-        const bool read = runBcbpSection(legSpecs(), text, true, leg) && readConditional(text, leg);
+        // One result serves every leg, so its field storage is allocated once.
+        ParserResult& leg = leg_;
+        leg.fields.clear();
+        leg.warnings.clear();
+        leg.error.reset();
+        const bool read = runBcbpSection(specs_.legs[ahead_.itinerary], text, true, leg) &&
+                          readConditional(text, leg);
         for (auto& warning : leg.warnings) result_.addWarning(std::move(warning));
         if (leg.error) {
             result_.error = std::move(leg.error);
@@ -136,7 +183,11 @@ class PassReader {
         }
         if (!read) return false;
         json object = json::object();
-        for (auto& field : leg.fields) object[field.name] = std::move(field.parsed);
+        auto& members = object.get_ref<json::object_t&>();
+        // A later field of the same name wins, as an assignment would have it.
+        for (auto& field : leg.fields) {
+            members.insert_or_assign(std::move(field.name), std::move(field.parsed));
+        }
         legs.push_back(std::move(object));
         return true;
     }
@@ -166,7 +217,7 @@ class PassReader {
             leg.setError(bcbpFieldError("versionNumber", "Underflow before version number."));
             return false;
         }
-        auto version = hexIntFieldParser("versionNumber")(block, 1);
+        auto version = specs_.versionNumber(block, 1);
         if (!version.ok()) {
             leg.setError(bcbpFieldError("versionNumber", "cannot read version number"));
             return false;
@@ -174,7 +225,8 @@ class PassReader {
         result_.addField(std::move(version.value()));
         std::optional<ParserStringRef> unique = readSectionSize("unique", block, result_, false);
         if (!unique) return false;
-        return unique->empty() || runBcbpSection(uniqueSpecs(), *unique, true, result_);
+        return unique->empty() || runBcbpSection(specs_.unique[ahead_.itinerary][ahead_.version],
+                                                 *unique, true, result_);
     }
 
     bool readRepeated(ParserStringRef block, ParserResult& leg) {
@@ -183,7 +235,7 @@ class PassReader {
         // Short blocks put the flag last, whatever items they leave out.
         if (withFastTrack && block.size() <= kFullRepeatedBlock) {
             ParserStringRef last = block.last(1);
-            auto fastTrack = booleanFieldParser("fastTrack")(last, 1);
+            auto fastTrack = specs_.fastTrack(last, 1);
             if (!fastTrack.ok()) {
                 leg.setError(fastTrack.error());
                 return false;
@@ -192,7 +244,7 @@ class PassReader {
             block = block.drop_back(1);
             fastTrackWidth = 0;
         }
-        return runBcbpSection(repeatedSpecs(fastTrackWidth), block, false, leg);
+        return runBcbpSection(specs_.repeated[fastTrackWidth], block, false, leg);
     }
 
     // Flight dates carry no year: a flight that falls before the issue date
@@ -203,7 +255,7 @@ class PassReader {
         const json& value = issued->parsed;
         const Date issue{value.value("year", 0), value.value("month", 0), value.value("day", 0)};
         const std::size_t legsIndex = result_.fields.size() - 1;
-        json legs = result_.fields[legsIndex].parsed;
+        json legs = std::move(result_.fields[legsIndex].parsed);
         for (auto& leg : legs) {
             const auto found = leg.find("flightDate");
             if (found == leg.end() || !found->is_object()) continue;
@@ -215,7 +267,7 @@ class PassReader {
             }
             *found = dateToJson(flight);
         }
-        std::string raw = result_.fields[legsIndex].rawString;
+        std::string raw = std::move(result_.fields[legsIndex].rawString);
         result_.replaceField(legsIndex, "legs", std::move(raw), std::move(legs));
     }
 
@@ -254,9 +306,10 @@ class PassReader {
         if (block) result_.addField("securityData", block->str(), block->str());
     }
 
-    Date reference_;
+    const BcbpSpecSet& specs_;
     bool strict_;
     ParserResult& result_;
+    ParserResult leg_;
     LookAhead ahead_;
     bool uniqueRead_ = false;
 };
@@ -289,10 +342,23 @@ std::optional<ParserStringRef> readSectionSize(const std::string& name, ParserSt
     return text.take_front(wanted);
 }
 
+IataBcbpParser::IataBcbpParser()
+    : specs_(std::make_shared<const BcbpSpecSet>(strictMode_, referenceYear())) {}
+
+int IataBcbpParser::referenceYear() const {
+    return referenceYear_ ? *referenceYear_ : Date::getCurrentYear();
+}
+
 std::unique_ptr<ParserResult> IataBcbpParser::parse(ParserStringRef input) {
     auto result = std::make_unique<ParserResult>();
-    const Date reference{referenceYear_ ? *referenceYear_ : Date::getCurrentYear(), 1, 1};
-    PassReader(reference, strictMode_, *result).read(input);
+    const int year = referenceYear();
+    std::shared_ptr<const BcbpSpecSet> specs = std::atomic_load(&specs_);
+    // Without a fixed reference year the lists follow the calendar.
+    if (specs->year != year || specs->strict != strictMode_) {
+        specs = std::make_shared<const BcbpSpecSet>(strictMode_, year);
+        std::atomic_store(&specs_, specs);
+    }
+    PassReader(*specs, *result).read(input);
     return result;
 }
 
@@ -302,6 +368,7 @@ std::unique_ptr<ParserOptionsOutcome> IataBcbpParser::readOptionsFromJSON(nlohma
     OptionOutcome outcome = extract_reference_year_to(extractor, "referenceYear", referenceYear_);
     if (outcome.ok()) outcome = extract_to<bool>(extractor, "strictMode", strictMode_);
     if (outcome.ok()) outcome = extractor.refuseLeftovers();
+    std::atomic_store(&specs_, std::make_shared<const BcbpSpecSet>(strictMode_, referenceYear()));
     if (!outcome.ok()) return ParserOptionsOutcome::failure(outcome.error());
     return ParserOptionsOutcome::success();
 }

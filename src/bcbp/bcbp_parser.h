@@ -11,15 +11,25 @@
 
 namespace parser {
 
+// The field lists of one set of options, built once and shared by parses.
+struct BcbpSpecSet;
+
 class IataBcbpParser : public BcParser {
   public:
+    IataBcbpParser();
+
     std::unique_ptr<ParserResult> parse(ParserStringRef input) override;
     std::unique_ptr<ParserOptionsOutcome> readOptionsFromJSON(nlohmann::json options) override;
     nlohmann::json optionsToJSON() const override;
 
   private:
+    int referenceYear() const;
+
     bool strictMode_ = false;
     std::optional<int> referenceYear_;
+    // Read and replaced only through std::atomic_load / std::atomic_store, so
+    // that one parser may serve several threads while the current year moves on.
+    std::shared_ptr<const BcbpSpecSet> specs_;
 };
 
 // Reads a block whose length stands in front of it as two hexadecimal

@@ -18,8 +18,7 @@ bool runBcbpSection(const std::vector<BcbpFieldSpec>& specs, ParserStringRef& te
             result.setError(outcome.error());
             return false;
         }
-        ParsedField field = std::move(outcome.value());
-        if (!field.name.empty()) result.addField(std::move(field));
+        if (!outcome.value().name.empty()) result.addField(std::move(outcome.value()));
     }
     return true;
 }

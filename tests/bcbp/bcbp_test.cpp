@@ -2,11 +2,14 @@
 // Whole passes are checked by the data-driven cases in tests/data/iata_bcbp.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "bcbp/bcbp_field_parsers.h"
 #include "bcbp/bcbp_parser.h"
@@ -297,6 +300,40 @@ TEST(BcbpSectionSize, HexadecimalLengthInFront) {
         EXPECT_EQ(result.error ? result.error->message : "", row.error);
         EXPECT_EQ(result.warnings.empty() ? "" : result.warnings[0]->message, row.warning);
     }
+}
+
+// Without a reference year, flight dates follow today's year, also when the
+// year turns while one parser object lives on.
+TEST(BcbpParser, FlightYearFollowsCurrentDate) {
+    struct SeamReset {
+        ~SeamReset() { Date::overrideCurrentDate(std::nullopt); }
+    } reset;
+    const std::string pass = "M1SMITH/JOHN          EXYZ789 LHRJFKBA 0117 123Y023C0042 100";
+    const auto flightDate = [&pass](parser::IataBcbpParser& bcbp) {
+        auto result = bcbp.parse(ParserStringRef(pass));
+        if (result->error) return json(result->error->message);
+        return result->getFieldByName("legs")->parsed.at(0).at("flightDate");
+    };
+    parser::IataBcbpParser bcbp;
+    Date::overrideCurrentDate(Date{2024, 12, 31});
+    EXPECT_EQ(flightDate(bcbp), day(2024, 5, 2));
+    Date::overrideCurrentDate(Date{2025, 1, 1});
+    EXPECT_EQ(flightDate(bcbp), day(2025, 5, 3));
+    ASSERT_TRUE(bcbp.readOptionsFromJSONString(R"({"referenceYear": 2028})")->ok);
+    EXPECT_EQ(flightDate(bcbp), day(2028, 5, 2));
+
+    // One parser shared by threads that all find its field lists out of date.
+    parser::IataBcbpParser shared;
+    Date::overrideCurrentDate(Date{2026, 3, 1});
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong{0};
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 50; ++i) wrong += flightDate(shared) != day(2026, 5, 3);
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(BcbpCorpus, EveryPassParsesOrFailsCleanly) {
