@@ -50,6 +50,15 @@ void BM_ParserParseBcbpOneLeg(benchmark::State& state) {
 void BM_ParserParseBcbpTwoLegs(benchmark::State& state) {
     parseThroughParser(state, kTwoLegPass);
 }
+// A host that creates a parser per code, as the batch mode of the command line does.
+void BM_CreateAndParseBcbpOneLeg(benchmark::State& state) {
+    for (auto _ : state) {
+        parser::IataBcbpParser bcbp;
+        auto result = bcbp.parse(ParserStringRef(kOneLegPass));
+        benchmark::DoNotOptimize(result);
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
+}
 void BM_BcbpParserDirectOneLeg(benchmark::State& state) {
     parseDirect(state, kOneLegPass);
 }
@@ -62,4 +71,5 @@ void BM_BcbpParserDirectTwoLegs(benchmark::State& state) {
 BENCHMARK(BM_ParserParseBcbpOneLeg);
 BENCHMARK(BM_ParserParseBcbpTwoLegs);
 BENCHMARK(BM_BcbpParserDirectOneLeg);
+BENCHMARK(BM_CreateAndParseBcbpOneLeg);
 BENCHMARK(BM_BcbpParserDirectTwoLegs);

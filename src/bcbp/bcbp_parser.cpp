@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -342,8 +344,28 @@ std::optional<ParserStringRef> readSectionSize(const std::string& name, ParserSt
     return text.take_front(wanted);
 }
 
-IataBcbpParser::IataBcbpParser()
-    : specs_(std::make_shared<const BcbpSpecSet>(strictMode_, referenceYear())) {}
+namespace {
+
+// Spec sets are shared by all parsers: a host that creates a parser per code
+// must not pay for building the lists each time. Few (strict mode, year) pairs
+// occur in practice; the cache is emptied when it grows past a handful, and
+// parsers holding a set keep it alive.
+std::shared_ptr<const BcbpSpecSet> sharedSpecSet(bool strict, int year) {
+    constexpr std::size_t kMaxCached = 8;
+    static std::mutex mutex;
+    static std::map<std::pair<bool, int>, std::shared_ptr<const BcbpSpecSet>> cache;
+    const std::lock_guard<std::mutex> lock(mutex);
+    auto found = cache.find({strict, year});
+    if (found != cache.end()) return found->second;
+    if (cache.size() >= kMaxCached) cache.clear();
+    auto specs = std::make_shared<const BcbpSpecSet>(strict, year);
+    cache.emplace(std::make_pair(strict, year), specs);
+    return specs;
+}
+
+}  // namespace
+
+IataBcbpParser::IataBcbpParser() = default;
 
 int IataBcbpParser::referenceYear() const {
     return referenceYear_ ? *referenceYear_ : Date::getCurrentYear();
@@ -354,8 +376,8 @@ std::unique_ptr<ParserResult> IataBcbpParser::parse(ParserStringRef input) {
     const int year = referenceYear();
     std::shared_ptr<const BcbpSpecSet> specs = std::atomic_load(&specs_);
     // Without a fixed reference year the lists follow the calendar.
-    if (specs->year != year || specs->strict != strictMode_) {
-        specs = std::make_shared<const BcbpSpecSet>(strictMode_, year);
+    if (!specs || specs->year != year || specs->strict != strictMode_) {
+        specs = sharedSpecSet(strictMode_, year);
         std::atomic_store(&specs_, specs);
     }
     PassReader(*specs, *result).read(input);
@@ -368,7 +390,6 @@ std::unique_ptr<ParserOptionsOutcome> IataBcbpParser::readOptionsFromJSON(nlohma
     OptionOutcome outcome = extract_reference_year_to(extractor, "referenceYear", referenceYear_);
     if (outcome.ok()) outcome = extract_to<bool>(extractor, "strictMode", strictMode_);
     if (outcome.ok()) outcome = extractor.refuseLeftovers();
-    std::atomic_store(&specs_, std::make_shared<const BcbpSpecSet>(strictMode_, referenceYear()));
     if (!outcome.ok()) return ParserOptionsOutcome::failure(outcome.error());
     return ParserOptionsOutcome::success();
 }
