@@ -346,7 +346,7 @@ std::optional<ParserStringRef> readSectionSize(const std::string& name, ParserSt
 
 namespace {
 
-// Spec sets are shared by all parsers: a host that creates a parser per code
+// Field-list sets are shared by all parsers: a host that creates a parser per code
 // must not pay for building the lists each time. Few (strict mode, year) pairs
 // occur in practice; the cache is emptied when it grows past a handful, and
 // parsers holding a set keep it alive.

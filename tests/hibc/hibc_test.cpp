@@ -128,7 +128,7 @@ TEST(HibcCorpus, BuilderSuiteCodes) {
               15);  // mostly one-label codes with a "/" between segments
 }
 
-TEST(HibcCorpus, SpecificationExampleCodes) {
+TEST(HibcCorpus, StandardExampleCodes) {
     runCorpus("hibc-chriswjones-js.json", "expects",
               {{"lic", "labelerId"},
                {"pcn", "product"},
