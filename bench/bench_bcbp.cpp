@@ -3,10 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "bcbp/bcbp_parser.h"
+#include "bench_common.h"
 #include "qvx/parser.h"
 
 namespace {
@@ -21,34 +21,11 @@ const std::string kTwoLegPass =
     "01251234560012A1251234567890 0BA BA 12345678         1PCNXYZ789 JFKBOSAA 42   "
     "125Y012A7    12C2A0019876543210 0AA                        Y^10ASIGNATURE1";
 
-void parseThroughParser(benchmark::State& state, const std::string& input) {
-    auto created = qvx::Parser::create(nullptr, ParserDataFormat::IataBcbp);
-    if (!created.ok()) {
-        state.SkipWithError(created.error().c_str());
-        return;
-    }
-    auto parser = created.value();
-    for (auto _ : state) {
-        auto outcome = parser->parse(input);
-        benchmark::DoNotOptimize(outcome);
-    }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
-}
-
-void parseDirect(benchmark::State& state, const std::string& input) {
-    parser::IataBcbpParser bcbp;
-    for (auto _ : state) {
-        auto result = bcbp.parse(ParserStringRef(input));
-        benchmark::DoNotOptimize(result);
-    }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
-}
-
 void BM_ParserParseBcbpOneLeg(benchmark::State& state) {
-    parseThroughParser(state, kOneLegPass);
+    qvx_bench::parseThroughParser(state, ParserDataFormat::IataBcbp, kOneLegPass);
 }
 void BM_ParserParseBcbpTwoLegs(benchmark::State& state) {
-    parseThroughParser(state, kTwoLegPass);
+    qvx_bench::parseThroughParser(state, ParserDataFormat::IataBcbp, kTwoLegPass);
 }
 // A host that creates a parser per code, as the batch mode of the command line does.
 void BM_CreateAndParseBcbpOneLeg(benchmark::State& state) {
@@ -60,10 +37,10 @@ void BM_CreateAndParseBcbpOneLeg(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
 }
 void BM_BcbpParserDirectOneLeg(benchmark::State& state) {
-    parseDirect(state, kOneLegPass);
+    qvx_bench::parseDirect<parser::IataBcbpParser>(state, kOneLegPass);
 }
 void BM_BcbpParserDirectTwoLegs(benchmark::State& state) {
-    parseDirect(state, kTwoLegPass);
+    qvx_bench::parseDirect<parser::IataBcbpParser>(state, kTwoLegPass);
 }
 
 }  // namespace

@@ -2,10 +2,9 @@
 // host-facing parser object and through the format parser alone.
 #include <benchmark/benchmark.h>
 
-#include <cstdint>
-#include <memory>
 #include <string>
 
+#include "bench_common.h"
 #include "qvx/parser.h"
 #include "usid/usid_parser.h"
 
@@ -28,37 +27,14 @@ const std::string kDependent =
 // A sponsor card carries its photograph behind the text; 2 KB stands in for it.
 const std::string kSponsor = "IDUS28C7Q1" + personalPart() + "II O+ " + std::string(2048, '\x5A');
 
-void parseThroughParser(benchmark::State& state, const std::string& input) {
-    auto created = qvx::Parser::create(nullptr, ParserDataFormat::UsUsid);
-    if (!created.ok()) {
-        state.SkipWithError(created.error().c_str());
-        return;
-    }
-    auto parser = created.value();
-    for (auto _ : state) {
-        auto outcome = parser->parse(input);
-        benchmark::DoNotOptimize(outcome);
-    }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
-}
-
-void parseDirect(benchmark::State& state, const std::string& input) {
-    parser::UsUsidParser usid;
-    for (auto _ : state) {
-        auto result = usid.parse(ParserStringRef(input));
-        benchmark::DoNotOptimize(result);
-    }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
-}
-
 void BM_ParserParseUsidDependent(benchmark::State& state) {
-    parseThroughParser(state, kDependent);
+    qvx_bench::parseThroughParser(state, ParserDataFormat::UsUsid, kDependent);
 }
 void BM_ParserParseUsidSponsor(benchmark::State& state) {
-    parseThroughParser(state, kSponsor);
+    qvx_bench::parseThroughParser(state, ParserDataFormat::UsUsid, kSponsor);
 }
 void BM_UsidParserDirect(benchmark::State& state) {
-    parseDirect(state, kDependent);
+    qvx_bench::parseDirect<parser::UsUsidParser>(state, kDependent);
 }
 
 }  // namespace
