@@ -74,19 +74,11 @@ const std::map<std::string, ParserRegex>& strictPatterns() {
     return patterns;
 }
 
-bool isDigit(unsigned char c) {
-    return c >= '0' && c <= '9';
-}
-
 bool allOf(ParserStringRef text, bool (*test)(unsigned char)) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (!test(text[i])) return false;
     }
     return true;
-}
-
-bool allDigits(ParserStringRef text) {
-    return allOf(text, isDigit);
 }
 
 ParserStringRef trimBlanks(ParserStringRef text) {
@@ -110,7 +102,8 @@ std::string readBaggageGroup(ParserStringRef group, int version, json& tags) {
     if (base.empty()) return "tag base is empty";
     const ParserStringRef first = group.slice(6, 10);
     const ParserStringRef count = group.slice(10, 13);
-    if (!allDigits(first) || !allDigits(count)) return "tag is not numeric";
+    if (!isInCharset(first, Charset::Numeric) || !isInCharset(count, Charset::Numeric))
+        return "tag is not numeric";
     const int start = (first[0] - '0') * 1000 + threeDigits(first.drop_front(1));
     // Up to version 6 the count tells the bags that follow the first one.
     const int tagCount = threeDigits(count) + (version < 7 ? 1 : 0);
@@ -244,7 +237,7 @@ BcbpFieldParser dateFieldParser(std::string name, Date referenceDate, bool requi
         }
         std::string warning;
         std::size_t digitsWidth = width;
-        if (!allDigits(whole) || whole.empty()) {
+        if (!isInCharset(whole, Charset::Numeric)) {
             if (trimWhitespace(whole).empty()) {
                 text = text.drop_front(width);
                 return BcbpFieldOutcome::success(
@@ -257,7 +250,7 @@ BcbpFieldParser dateFieldParser(std::string name, Date referenceDate, bool requi
                     "Date field does not include year digit as required by BCBP "
                     "specifications. Ignoring year field.";
             }
-            if (!allDigits(whole.first(digitsWidth))) {
+            if (!isInCharset(whole.first(digitsWidth), Charset::Numeric)) {
                 return failure(name, "Only numerical characters are permitted in this field.");
             }
         }

@@ -64,10 +64,10 @@ LookAhead lookAhead(ParserStringRef text) {
 // Every field list a parse may need. The look-ahead chooses among them: the
 // itinerary flag, the version (0-9; it only changes how baggage tags are read)
 // and the width of the fast-track flag in the leg-level block.
-struct BcbpSpecSet {
+struct BcbpFieldLists {
     static constexpr int kVersions = 10;
 
-    BcbpSpecSet(bool strictMode, int referenceYear) : strict(strictMode), year(referenceYear) {
+    BcbpFieldLists(bool strictMode, int referenceYear) : strict(strictMode), year(referenceYear) {
         const Date reference{year, 1, 1};
         head = {
             {textFieldParser("formatCode", strict), 1},
@@ -146,14 +146,14 @@ namespace {
 // One parse: the field lists, what the look-ahead found and the result.
 class PassReader {
   public:
-    PassReader(const BcbpSpecSet& specs, ParserResult& result)
-        : specs_(specs), strict_(specs.strict), result_(result) {}
+    PassReader(const BcbpFieldLists& lists, ParserResult& result)
+        : lists_(lists), result_(result) {}
 
     void read(ParserStringRef text) {
         result_.fields.reserve(kPassFieldCapacity);
         leg_.fields.reserve(kLegFieldCapacity);
         ahead_ = lookAhead(text);
-        if (!runBcbpSection(specs_.head, text, true, result_)) return;
+        if (!runBcbpSection(lists_.head, text, true, result_)) return;
         const int legCount = result_.getFieldByName("numberOfLegsEncoded")->parsed.get<int>();
         const char* legsBegin = text.begin();
         json legs = json::array();
@@ -176,7 +176,7 @@ class PassReader {
         leg.fields.clear();
         leg.warnings.clear();
         leg.error.reset();
-        const bool read = runBcbpSection(specs_.legs[ahead_.itinerary], text, true, leg) &&
+        const bool read = runBcbpSection(lists_.legs[ahead_.itinerary], text, true, leg) &&
                           readConditional(text, leg);
         for (auto& warning : leg.warnings) result_.addWarning(std::move(warning));
         if (leg.error) {
@@ -219,7 +219,7 @@ class PassReader {
             leg.setError(bcbpFieldError("versionNumber", "Underflow before version number."));
             return false;
         }
-        auto version = specs_.versionNumber(block, 1);
+        auto version = lists_.versionNumber(block, 1);
         if (!version.ok()) {
             leg.setError(bcbpFieldError("versionNumber", "cannot read version number"));
             return false;
@@ -227,7 +227,7 @@ class PassReader {
         result_.addField(std::move(version.value()));
         std::optional<ParserStringRef> unique = readSectionSize("unique", block, result_, false);
         if (!unique) return false;
-        return unique->empty() || runBcbpSection(specs_.unique[ahead_.itinerary][ahead_.version],
+        return unique->empty() || runBcbpSection(lists_.unique[ahead_.itinerary][ahead_.version],
                                                  *unique, true, result_);
     }
 
@@ -237,7 +237,7 @@ class PassReader {
         // Short blocks put the flag last, whatever items they leave out.
         if (withFastTrack && block.size() <= kFullRepeatedBlock) {
             ParserStringRef last = block.last(1);
-            auto fastTrack = specs_.fastTrack(last, 1);
+            auto fastTrack = lists_.fastTrack(last, 1);
             if (!fastTrack.ok()) {
                 leg.setError(fastTrack.error());
                 return false;
@@ -246,7 +246,7 @@ class PassReader {
             block = block.drop_back(1);
             fastTrackWidth = 0;
         }
-        return runBcbpSection(specs_.repeated[fastTrackWidth], block, false, leg);
+        return runBcbpSection(lists_.repeated[fastTrackWidth], block, false, leg);
     }
 
     // Flight dates carry no year: a flight that falls before the issue date
@@ -282,7 +282,7 @@ class PassReader {
         const std::string message = "BCBP version " + std::to_string(version) +
                                     " detected, but parser only supports " +
                                     std::to_string(kHighestSupportedVersion);
-        if (strict_) {
+        if (lists_.strict) {
             result_.setError(message);
         } else {
             result_.addWarning(ParserIssue::generic(message));
@@ -308,8 +308,7 @@ class PassReader {
         if (block) result_.addField("securityData", block->str(), block->str());
     }
 
-    const BcbpSpecSet& specs_;
-    bool strict_;
+    const BcbpFieldLists& lists_;
     ParserResult& result_;
     ParserResult leg_;
     LookAhead ahead_;
@@ -346,21 +345,21 @@ std::optional<ParserStringRef> readSectionSize(const std::string& name, ParserSt
 
 namespace {
 
-// Field-list sets are shared by all parsers: a host that creates a parser per code
+// Field lists are shared by all parsers: a host that creates a parser per code
 // must not pay for building the lists each time. Few (strict mode, year) pairs
 // occur in practice; the cache is emptied when it grows past a handful, and
 // parsers holding a set keep it alive.
-std::shared_ptr<const BcbpSpecSet> sharedSpecSet(bool strict, int year) {
+std::shared_ptr<const BcbpFieldLists> sharedFieldLists(bool strict, int year) {
     constexpr std::size_t kMaxCached = 8;
     static std::mutex mutex;
-    static std::map<std::pair<bool, int>, std::shared_ptr<const BcbpSpecSet>> cache;
+    static std::map<std::pair<bool, int>, std::shared_ptr<const BcbpFieldLists>> cache;
     const std::lock_guard<std::mutex> lock(mutex);
     auto found = cache.find({strict, year});
     if (found != cache.end()) return found->second;
     if (cache.size() >= kMaxCached) cache.clear();
-    auto specs = std::make_shared<const BcbpSpecSet>(strict, year);
-    cache.emplace(std::make_pair(strict, year), specs);
-    return specs;
+    auto lists = std::make_shared<const BcbpFieldLists>(strict, year);
+    cache.emplace(std::make_pair(strict, year), lists);
+    return lists;
 }
 
 }  // namespace
@@ -374,13 +373,13 @@ int IataBcbpParser::referenceYear() const {
 std::unique_ptr<ParserResult> IataBcbpParser::parse(ParserStringRef input) {
     auto result = std::make_unique<ParserResult>();
     const int year = referenceYear();
-    std::shared_ptr<const BcbpSpecSet> specs = std::atomic_load(&specs_);
+    std::shared_ptr<const BcbpFieldLists> lists = std::atomic_load(&lists_);
     // Without a fixed reference year the lists follow the calendar.
-    if (!specs || specs->year != year || specs->strict != strictMode_) {
-        specs = sharedSpecSet(strictMode_, year);
-        std::atomic_store(&specs_, specs);
+    if (!lists || lists->year != year || lists->strict != strictMode_) {
+        lists = sharedFieldLists(strictMode_, year);
+        std::atomic_store(&lists_, lists);
     }
-    PassReader(*specs, *result).read(input);
+    PassReader(*lists, *result).read(input);
     return result;
 }
 

@@ -12,7 +12,7 @@
 namespace parser {
 
 // The field lists of one set of options, built once and shared by parses.
-struct BcbpSpecSet;
+struct BcbpFieldLists;
 
 class IataBcbpParser : public BcParser {
   public:
@@ -29,7 +29,7 @@ class IataBcbpParser : public BcParser {
     std::optional<int> referenceYear_;
     // Read and replaced only through std::atomic_load / std::atomic_store, so
     // that one parser may serve several threads while the current year moves on.
-    std::shared_ptr<const BcbpSpecSet> specs_;
+    std::shared_ptr<const BcbpFieldLists> lists_;
 };
 
 // Reads a block whose length stands in front of it as two hexadecimal

@@ -2,10 +2,10 @@
 
 namespace parser {
 
-bool runBcbpSection(const std::vector<BcbpFieldSpec>& specs, ParserStringRef& text,
+bool runBcbpSection(const std::vector<BcbpFieldSpec>& entries, ParserStringRef& text,
                     bool requireFullWidth, ParserResult& result) {
-    for (const auto& spec : specs) {
-        std::size_t width = spec.width;
+    for (const auto& entry : entries) {
+        std::size_t width = entry.width;
         if (text.size() < width) {
             if (requireFullWidth) {
                 result.setError("code string is too small");
@@ -13,7 +13,7 @@ bool runBcbpSection(const std::vector<BcbpFieldSpec>& specs, ParserStringRef& te
             }
             width = text.size();
         }
-        auto outcome = spec.parser(text, width);
+        auto outcome = entry.parser(text, width);
         if (!outcome.ok()) {
             result.setError(outcome.error());
             return false;

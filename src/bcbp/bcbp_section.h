@@ -23,11 +23,11 @@ struct BcbpFieldSpec {
     std::size_t width = 0;
 };
 
-// Runs `specs` in order over `text`. A text shorter than a width is fatal
+// Runs `entries` in order over `text`. A text shorter than a width is fatal
 // ("code string is too small") with `requireFullWidth`, otherwise the field
 // gets what is left. The first error text goes to `setError` and stops the
 // run. Nameless fields are dropped. Returns false when an error was set.
-bool runBcbpSection(const std::vector<BcbpFieldSpec>& specs, ParserStringRef& text,
+bool runBcbpSection(const std::vector<BcbpFieldSpec>& entries, ParserStringRef& text,
                     bool requireFullWidth, ParserResult& result);
 
 }  // namespace parser

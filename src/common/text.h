@@ -25,6 +25,9 @@ enum class Charset : std::uint8_t {
     LimitedExtendedAscii = 7,  // 0xC0-0xFF
 };
 
+constexpr bool isAsciiDigit(unsigned char byte) noexcept {
+    return byte >= '0' && byte <= '9';
+}
 bool isCharInCharset(unsigned char byte, Charset charset);
 // True when any set of the list accepts the byte; an empty list is a contract failure.
 bool isCharInAnyCharset(unsigned char byte, std::initializer_list<Charset> charsets);

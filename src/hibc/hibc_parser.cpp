@@ -25,15 +25,12 @@ constexpr std::size_t kAdditionalDateSize = 8;
 // A date flag that is not a digit names no layout.
 constexpr int kUnknownDateType = -1;
 
-bool isDigit(unsigned char c) {
-    return c >= '0' && c <= '9';
-}
 bool isUpper(unsigned char c) {
     return c >= 'A' && c <= 'Z';
 }
 // Upper case only: the code's character set has no small letters.
 bool isCodeAlnum(unsigned char c) {
-    return isDigit(c) || isUpper(c);
+    return isAsciiDigit(c) || isUpper(c);
 }
 bool isCodeAlnum(ParserStringRef text) {
     for (const char c : text.view()) {
@@ -152,7 +149,7 @@ void HIBCParser::parsePrimary(ParserStringRef primary, ParserResult& result) {
         return;
     }
     const unsigned char uom = primary.back();
-    if (!isDigit(uom)) {
+    if (!isAsciiDigit(uom)) {
         result.setError("unit of measure must be a number 0-9");
         return;
     }
@@ -179,7 +176,7 @@ void HIBCParser::parseSecondary(ParserStringRef secondary, ParserResult& result)
 
     // Without a "$" the segment is a day-of-year expiry and a lot; segments
     // after this short form are not read.
-    if (isDigit(secondary[1])) {
+    if (isAsciiDigit(secondary[1])) {
         if (secondary.size() <= 5) {
             result.setError("illegal date size");
             return;
@@ -201,7 +198,7 @@ void HIBCParser::parseSecondary(ParserStringRef secondary, ParserResult& result)
         getLot(secondary.drop_front(2), result);
     } else if (dollar && secondary[2] == '+' && isCodeAlnum(secondary[3])) {
         getSerial(secondary.drop_front(3), result);
-    } else if (doubleDollar && isDigit(secondary[3])) {
+    } else if (doubleDollar && isAsciiDigit(secondary[3])) {
         if (!parseFlagged(secondary.drop_front(3), false, result)) return;
     } else if (doubleDollar && secondary[3] == '+' && isCodeAlnum(secondary[4])) {
         if (!parseFlagged(secondary.drop_front(4), true, result)) return;
@@ -217,17 +214,17 @@ void HIBCParser::parseSecondary(ParserStringRef secondary, ParserResult& result)
 bool HIBCParser::parseFlagged(ParserStringRef flagged, bool serial, ParserResult& result) {
     const unsigned char flag = flagged.front();
     ParserStringRef rest = flagged.drop_front(1);
-    if (flag <= '7' && isDigit(flag)) {
+    if (flag <= '7' && isAsciiDigit(flag)) {
         rest = getDate(rest, flag - '0', result);
     } else if (flag == '8' || flag == '9') {
         rest = getQuantity(rest, flag - '0', result);
         if (result.error || rest.empty()) return false;
         const unsigned char dateFlag = rest.front();
-        if (!serial && !(isDigit(dateFlag) && dateFlag <= '7')) {
+        if (!serial && !(isAsciiDigit(dateFlag) && dateFlag <= '7')) {
             result.setError("invalid date specifier");
             return false;
         }
-        const int type = isDigit(dateFlag) ? dateFlag - '0' : kUnknownDateType;
+        const int type = isAsciiDigit(dateFlag) ? dateFlag - '0' : kUnknownDateType;
         rest = getDate(rest.drop_front(1), type, result);
     } else if (!serial) {
         result.setError("invalid quantity/date specifier");
@@ -317,7 +314,7 @@ ParserStringRef HIBCParser::getQuantity(ParserStringRef data, int flag, ParserRe
     }
     int quantity = 0;
     for (std::size_t i = 0; i < length; ++i) {
-        if (!isDigit(data[i])) {
+        if (!isAsciiDigit(data[i])) {
             result.setError("quantity is not a numeric value");
             return data;
         }

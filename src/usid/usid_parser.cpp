@@ -33,10 +33,6 @@ BcbpFieldOutcome failure(std::string message) {
     return BcbpFieldOutcome::failure(std::move(message));
 }
 
-bool isDigit(unsigned char byte) {
-    return byte >= '0' && byte <= '9';
-}
-
 ParserStringRef trimTrailing(ParserStringRef text) {
     while (!text.empty() && isCSpace(text.back())) text = text.drop_back(1);
     return text;
@@ -48,7 +44,7 @@ std::optional<int> numberFromText(ParserStringRef text) {
     if (text.empty()) return std::nullopt;
     std::int64_t value = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isDigit(text[i])) return std::nullopt;
+        if (!isAsciiDigit(text[i])) return std::nullopt;
         value = value * 10 + (text[i] - '0');
         if (value > INT_MAX) return std::nullopt;
     }
@@ -64,7 +60,7 @@ nlohmann::json numberOrNull(ParserStringRef text) {
 nlohmann::json codeValue(ParserStringRef code) {
     if (!code.empty()) {
         bool digits = true;
-        for (std::size_t i = 0; i < code.size() && digits; ++i) digits = isDigit(code[i]);
+        for (std::size_t i = 0; i < code.size() && digits; ++i) digits = isAsciiDigit(code[i]);
         if (digits) {
             if (auto number = numberFromText(code)) return *number;
         }
@@ -100,7 +96,7 @@ BcbpFieldOutcome readUsidHeader(ParserStringRef& view, std::size_t length) {
 // The text data begins with the sponsor flag, a digit; whatever stands between
 // the header and it is passed over.
 BcbpFieldOutcome skipToFirstDigit(ParserStringRef& view, std::size_t /*length*/) {
-    while (!view.empty() && !isDigit(view.front())) view = view.drop_front(1);
+    while (!view.empty() && !isAsciiDigit(view.front())) view = view.drop_front(1);
     return nothing();
 }
 
