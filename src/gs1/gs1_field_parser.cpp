@@ -1,0 +1,1 @@
+#include "gs1/gs1_field_parser.h"

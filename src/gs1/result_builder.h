@@ -1,0 +1,36 @@
+// The bookkeeping of one GS1 parse: fields, the issue waiting for the next
+// field, and whether a strict parse has already failed.
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "qvx/issue.h"
+#include "qvx/parsed.h"
+
+namespace parser {
+
+class ResultBuilder {
+  public:
+    explicit ResultBuilder(bool strict) : strict(strict) {}
+
+    // Strict: the text becomes the fatal error. Lax: it waits for the next field.
+    void addIssue(const std::string& text);
+    // Records a field whose data is unusable: its raw text doubles as its value.
+    // With `nameTheAi`, a strict parse stops with " (AI: name)" behind the text,
+    // while a lax one keeps the bare text on the field.
+    void addFailedField(const std::string& name, const std::string& raw, const std::string& text,
+                        bool nameTheAi);
+    void addParsedField(const std::string& name, const std::string& raw, nlohmann::json value);
+    // Moves what a decoder left behind (its message, a pending issue) to the warnings.
+    void finishField();
+
+    ParserResult result;
+    std::shared_ptr<ParserIssue> pendingIssue;
+    bool failed = false;
+    bool strict;
+    std::string message;
+};
+
+}  // namespace parser
