@@ -5,8 +5,9 @@
 // "fields" (the exact JSON form), "fieldsInclude" (fields that must appear),
 // "error" ({"message", "code"}) or "optionsError" (text; no parse is run).
 // Optional "warnings" (exact messages) and "optionsAfter" (options JSON after
-// the option call) refine it. Every case goes through qvx::Parser, as a host
-// application would.
+// the option call) refine it. "today" ("YYYY-MM-DD") pins the date that
+// two-digit years are read against, for that case only. Every case goes through qvx::Parser, as a
+// host application would.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "base64.h"
+#include "common/date.h"
 #include "qvx/qvx.h"
 
 namespace {
@@ -113,6 +115,16 @@ TEST_P(Conformance, Case) {
         auto decoded = qvx_cli::decodeBase64(testCase["dataBase64"].get<std::string>());
         ASSERT_TRUE(decoded.has_value()) << "dataBase64 is not valid base64";
         input = std::move(*decoded);
+    }
+    struct TodayPin {
+        ~TodayPin() { parser::Date::overrideCurrentDate(std::nullopt); }
+    } pin;
+    if (testCase.contains("today")) {
+        const std::string today = testCase["today"].get<std::string>();
+        ASSERT_EQ(today.size(), 10u) << "today is YYYY-MM-DD";
+        parser::Date::overrideCurrentDate(parser::Date{std::stoi(today.substr(0, 4)),
+                                                       std::stoi(today.substr(5, 2)),
+                                                       std::stoi(today.substr(8, 2))});
     }
     auto outcome = parser->parse(input);
 
