@@ -3,6 +3,7 @@
 #include "bcbp/bcbp_parser.h"
 #include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
+#include "swissqr/swissqr_parser.h"
 #include "usid/usid_parser.h"
 #include "vin/vin_parser.h"
 
@@ -21,10 +22,11 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::IataBcbpParser>();
         case ParserDataFormat::UsUsid:
             return std::make_unique<parser::UsUsidParser>();
+        case ParserDataFormat::SwissQr:
+            return std::make_unique<parser::SwissQRParser>();
         case ParserDataFormat::Gs1Ai:
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
-        case ParserDataFormat::SwissQr:
         case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
     }
