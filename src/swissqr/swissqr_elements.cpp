@@ -86,18 +86,21 @@ void ibanBlanks(ParserStringRef value, bool strictMode, LengthRule& rule) {
 enum Versions : std::uint8_t { kV1 = 1, kV2 = 2, kBoth = kV1 | kV2 };
 
 struct Row {
-    Versions versions;
     const char* path;  // behind "QRCH"; for an address block, the block's own prefix
-    Status status;
-    std::size_t length;
-    bool exact;
-    Charset charset;
     FieldMaker maker;
     LengthHook hook;
+    std::size_t length;
+    Versions versions;
+    Status status;
+    bool exact;
+    Charset charset;
     AddressPart addressPart;
     bool addressBlock;
 };
 
+// Columns: versions, path, status (M mandatory, G mandatory once its address is
+// begun, O optional, A alternative), length, exact or upper bound, charset,
+// then the field maker where it is not plain.
 constexpr Status M = Status::Mandatory;
 constexpr Status G = Status::MandatoryInGroup;
 constexpr Status O = Status::Optional;
@@ -112,18 +115,18 @@ constexpr Charset kAny = Charset::General;
 constexpr Row line(Versions versions, const char* path, Status status, std::size_t length,
                    bool exact, Charset charset, FieldMaker maker = plainField,
                    LengthHook hook = nullptr) {
-    return Row{versions,          path, status, length, exact, charset, maker, hook,
-               AddressPart::None, false};
+    return Row{path, maker, hook, length, versions, status, exact, charset, AddressPart::None,
+               false};
 }
 
 constexpr Row addressLine(Versions versions, const char* part, Status status, std::size_t length,
                           bool exact, Charset charset, AddressPart addressPart) {
-    return Row{versions, part,       status,  length,      exact,
-               charset,  plainField, nullptr, addressPart, false};
+    return Row{part,   plainField, nullptr, length,      versions,
+               status, exact,      charset, addressPart, false};
 }
 
 constexpr Row address(Versions versions, const char* prefix) {
-    return Row{versions, prefix, M, 0, false, kAny, nullptr, nullptr, AddressPart::None, true};
+    return Row{prefix, nullptr, nullptr, 0, versions, M, false, kAny, AddressPart::None, true};
 }
 
 // Each of the three parties of a bill: version 1 knows only structured
