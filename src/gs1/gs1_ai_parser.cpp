@@ -26,7 +26,9 @@ bool allDigits(const std::string& text) {
 }
 
 // An unknown AI ends the walk: without its length nothing after it can be
-// trusted. The field keeps the text behind the AI for the caller to inspect.
+// trusted. The field keeps the rest of the input, less as many bytes as the AI
+// text has, for the caller to inspect; in parentheses that cut ignores the
+// "(", which callers already expect ("(0)12" keeps "0)12").
 bool notRecognised(ResultBuilder& builder, ParserStringRef view, ParserStringRef ai) {
     const std::string name = ai.str();
     builder.addFailedField(name, view.drop_front(ai.size()).str(),
@@ -69,8 +71,8 @@ bool Gs1AiParser::parseNextAi(ResultBuilder& builder, ParserStringRef& view) {
     ParserStringRef ai;
 
     if (allowMachineReadableCodes && !view.starts_with('(')) {
-        // AIs are prefix-free by design, so the shortest key that matches is
-        // the AI and its length comes from the table.
+        // Bare AIs carry no delimiter: the shortest key that matches is the
+        // AI, so its length comes from the table alone.
         for (std::size_t n = 1; n <= kLongestAi && entry == nullptr; ++n) {
             if (view.size() < n) {
                 builder.addIssue("invalid AI");

@@ -36,19 +36,21 @@ bool fixedInteger(const std::string& key, ResultBuilder& builder, ParserStringRe
     return parseFixedInteger(key, builder, view, parser, Length, Set);
 }
 
-const std::string kOwnKey;  // an empty field name: the field is named after its AI
+constexpr char kOwnKey[] = "";  // the field is named after its AI
 
-template <std::size_t Min, std::size_t Max, const std::string& FieldName = kOwnKey>
+template <std::size_t Min, std::size_t Max, const char* FieldName = kOwnKey>
 bool variableInteger(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                      const Gs1AiParser& parser) {
-    return parseVariableInteger(key, builder, view, parser, Min, Max, Cs::numeric, true, FieldName);
+    return parseVariableInteger(key, builder, view, parser, Min, Max, Cs::numeric, true,
+                                std::string(FieldName));
 }
 
-// 390, 391 and 394 are reached only in the machine form, where the digit that
-// follows is read as part of the number; the field name says the digit is open.
-const std::string k390x = "390x";
-const std::string k391x = "391x";
-const std::string k394x = "394x";
+// In the machine form 390, 391 and 394 win over their four-digit rows as the
+// shorter keys, so the digit that would give the decimal places is read as part
+// of the number; the "x" in the field name says that it is not known.
+constexpr char k390x[] = "390x";
+constexpr char k391x[] = "391x";
+constexpr char k394x[] = "394x";
 
 template <std::size_t Length>
 bool decimal(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
@@ -275,9 +277,8 @@ std::vector<Gs1AiEntry> buildTable() {
             const std::size_t begin = slotOf(first) - kSlotBase[width];
             const std::size_t end = slotOf(last) - kSlotBase[width];
             for (std::size_t value = begin; value <= end; ++value) {
-                std::string key = withWidth(value, width);
-                slots[slotOf(key)].push_back(
-                    {std::move(key), written.decode, written.minimumLength});
+                slots[kSlotBase[width] + value].push_back(
+                    {withWidth(value, width), written.decode, written.minimumLength});
                 ++rows;
             }
         }
