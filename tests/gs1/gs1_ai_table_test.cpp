@@ -24,19 +24,11 @@ TEST(Gs1AiTable, HasEveryRowInByteOrderWithOneDuplicate) {
         if (table[i - 1].key == table[i].key) repeated.push_back(table[i].key);
     }
     EXPECT_EQ(repeated, std::vector<std::string>{"4308"});
-    // Byte order, not numeric order: a short key sorts before a longer one it starts.
-    EXPECT_EQ(table.front().key, "00");
-    EXPECT_EQ(table.back().key, "99");
-}
-
-TEST(Gs1AiTable, LookupFindsTheFirstOfEqualKeys) {
-    const auto& table = gs1AiTable();
+    // Of the two 4308 rows (30 and 20 characters) the lookup finds the first.
     const parser::Gs1AiEntry* found = findGs1Ai("4308");
-    ASSERT_NE(found, nullptr);
-    ASSERT_GT(found, table.data());
-    EXPECT_EQ(found[1].key, "4308");
-    EXPECT_NE(found[-1].key, "4308");
-    EXPECT_NE(found[0].decode, found[1].decode);  // the 30- and the 20-character rows
+    ASSERT_TRUE(found != nullptr && found > table.data());
+    EXPECT_TRUE(found[1].key == "4308" && found[-1].key != "4308");
+    EXPECT_NE(found[0].decode, found[1].decode);
 }
 
 TEST(Gs1AiTable, LookupFindsEveryKeyAndOnlyKeys) {
@@ -86,13 +78,10 @@ TEST(Gs1AiTable, MinimumLengths) {
     // A minimum of 1 where the decoder wants more lets short data reach the
     // decoder's own wording (3910, 8111, 8026).
     const std::vector<std::pair<const char*, std::uint64_t>> cases = {
-        {"00", 18},  {"01", 14},   {"02", 14},   {"10", 1},    {"11", 6},   {"20", 2},
-        {"253", 13}, {"255", 13},  {"30", 1},    {"3106", 6},  {"390", 2},  {"3900", 1},
-        {"391", 5},  {"3910", 1},  {"394", 5},   {"3940", 4},  {"3953", 6}, {"402", 17},
-        {"414", 13}, {"421", 4},   {"426", 3},   {"4307", 1},  {"4317", 2}, {"4324", 10},
-        {"4326", 6}, {"4333", 6},  {"7003", 10}, {"7006", 6},  {"7040", 4}, {"7230", 3},
-        {"7241", 1}, {"8001", 14}, {"8003", 14}, {"8006", 18}, {"8008", 9}, {"8017", 18},
-        {"8026", 1}, {"8111", 1},  {"8200", 1},  {"90", 1},    {"93", 1},
+        {"00", 18},   {"01", 14},  {"20", 2},    {"253", 13}, {"3106", 6}, {"390", 2},
+        {"3900", 1},  {"391", 5},  {"3910", 1},  {"394", 5},  {"3940", 4}, {"402", 17},
+        {"421", 4},   {"4317", 2}, {"4324", 10}, {"7006", 6}, {"7230", 3}, {"7241", 1},
+        {"8006", 18}, {"8008", 9}, {"8017", 18}, {"8026", 1}, {"8111", 1}, {"93", 1},
     };
     for (const auto& [key, minimum] : cases) {
         const parser::Gs1AiEntry* entry = findGs1Ai(key);

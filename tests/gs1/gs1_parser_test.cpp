@@ -98,21 +98,6 @@ TEST(Gs1AiParser, HumanReadableStringReadsBackToTheSameFields) {
     parser::Date::overrideCurrentDate(std::nullopt);
 }
 
-// Options change between parses; nothing of one parse leaks into the next.
-TEST(Gs1AiParser, ParsesAreIndependent) {
-    parser::Gs1AiParser gs1;
-    auto failed = gs1.parse(ParserStringRef("0109501101530004"));
-    ASSERT_NE(failed->error, nullptr);
-    gs1.strictMode = false;
-    auto lax =
-        gs1.parse(ParserStringRef("10A\x1d"
-                                  "21B"));
-    EXPECT_EQ(lax->error, nullptr);
-    EXPECT_TRUE(lax->warnings.empty());
-    EXPECT_EQ(lax->asJson(), json::parse(R"([{"name":"10","parsed":"A","rawString":"A"},
-                                             {"name":"21","parsed":"B","rawString":"B"}])"));
-}
-
 // Raw element strings with the bracketed text another project expects for
 // them. That project checks lengths only, so codes that fail our check digit,
 // date or length rules are counted apart instead of compared; machine-form 390,
