@@ -9,10 +9,11 @@
 
 #include "qvx/string_ref.h"
 
+class ParserRegex;
+
 namespace parser {
 
 class Gs1AiParser;
-class ParserRegex;
 class ResultBuilder;
 
 enum class Gs1Charset { numeric = 0, alphanumeric = 1, cset82 = 2, cset39 = 3 };
@@ -38,11 +39,15 @@ bool parseVariableText(const std::string& key, ResultBuilder& builder, ParserStr
                        Gs1Charset charset, bool trim);
 bool parseFixedText(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                     const Gs1AiParser& parser, std::size_t length, Gs1Charset charset);
+// `fieldName` names the field where it is not the key itself (the prefix rows
+// 390, 391 and 394 give "390x" and the like); messages still quote the key.
 bool parseVariableInteger(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                           const Gs1AiParser& parser, std::size_t minimum, std::size_t maximum,
-                          Gs1Charset charset, bool trim);
+                          Gs1Charset charset, bool trim,
+                          const std::string& fieldName = std::string());
 bool parseFixedInteger(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
-                       const Gs1AiParser& parser, std::size_t length, Gs1Charset charset);
+                       const Gs1AiParser& parser, std::size_t length, Gs1Charset charset,
+                       const std::string& fieldName = std::string());
 bool parsePatternText(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                       const Gs1AiParser& parser, std::size_t minimum, std::size_t maximum,
                       const ParserRegex& pattern);

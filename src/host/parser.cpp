@@ -1,6 +1,7 @@
 #include "qvx/parser.h"
 
 #include "bcbp/bcbp_parser.h"
+#include "gs1/gs1_ai_parser.h"
 #include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
 #include "swissqr/swissqr_parser.h"
@@ -25,6 +26,7 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
         case ParserDataFormat::SwissQr:
             return std::make_unique<parser::SwissQRParser>();
         case ParserDataFormat::Gs1Ai:
+            return std::make_unique<parser::Gs1AiParser>();
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::Gs1DigitalLink:
