@@ -492,6 +492,7 @@ bool parseCheckedIdentifier(const std::string& key, ResultBuilder& builder, Pars
     const std::size_t distance = separatorDistance(view, parser);
     const bool terminated = distance < view.size();
     const bool endsAtGroupSeparator = terminated && view[distance] == kGroupSeparator;
+    // In the machine form a complete value may run straight into the next AI.
     std::size_t found = length;
     if (terminated) {
         found = distance;
