@@ -648,7 +648,10 @@ bool parseCurrencyAmount(const std::string& key, ResultBuilder& builder, ParserS
     // field prefixed with the currency.
     ResultBuilder amount(parser.strictMode);
     if (!parseDecimal(key, amount, view, parser, length - kCurrencyLength)) {
-        builder.addIssue(amount.message);
+        // A strict amount can only fail on its own fatal issue, which leaves no
+        // message behind; pass that issue's text on rather than an empty one.
+        const bool fromError = amount.message.empty() && amount.result.error;
+        builder.addIssue(fromError ? amount.result.error->message : amount.message);
         return false;
     }
     for (const ParsedField& field : amount.result.fields) {

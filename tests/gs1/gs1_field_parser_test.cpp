@@ -183,6 +183,7 @@ const Case kCases[] = {
     {"97\x1D", kAmount, "3912", kStrict, true, "97\x1D", "", "", "invalid field length 2 in AI 3912"},
     {"97812X(10)", kAmount, "3912", kLaxHuman, true, "(10)", R"(3912|97812X|"97812X"|field data must be numeric)", ""},
     {"97812X", kAmount, "3912", kStrictHuman, false, "", "", "field data must be numeric"},
+    {"9781234567890123456(10)", kAmount, "3912", kStrictHuman, false, "(10)", "", "field overflowed by 1 in AI 3912"},
     // Country codes.
     {"276D-123\x1D" "10", parseCountryPostalCode, "421", kStrict, true, "10", R"(421|276D-123|{"countryCode":"276","postalCode":"D-123"})", ""},
     {"2A6123", parseCountryPostalCode, "421", kStrict, false, "", "", "country code data must be numeric (AI: 421)"},
