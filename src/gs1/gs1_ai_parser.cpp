@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/options.h"
+#include "common/text.h"
 #include "gs1/gs1_ai_table.h"
 #include "gs1/result_builder.h"
 
@@ -16,14 +17,6 @@ constexpr char kGroupSeparator = '\x1d';  // how FNC1 reaches us in the machine 
 constexpr std::size_t kLongestAi = 4;
 // "(" + at most four digits: a ")" further away does not close an AI.
 constexpr std::size_t kFurthestClosingParenthesis = kLongestAi + 1;
-
-bool allDigits(const std::string& text) {
-    if (text.empty()) return false;
-    for (char c : text) {
-        if (c < '0' || c > '9') return false;
-    }
-    return true;
-}
 
 // An unknown AI ends the walk: without its length nothing after it can be
 // trusted. The field keeps the rest of the input, less as many bytes as the AI
@@ -59,7 +52,7 @@ std::unique_ptr<ParserResult> Gs1AiParser::parse(ParserStringRef input) {
     std::string text;
     for (const ParsedField& field : builder.result.fields) {
         // Derived fields such as "310x" have no AI of their own to print.
-        if (!allDigits(field.name)) continue;
+        if (!isInCharset(ParserStringRef(field.name), Charset::Numeric)) continue;
         text += "(" + field.name + ")" + field.rawString;
     }
     builder.addParsedField("humanReadableString", text, text);

@@ -45,30 +45,24 @@ bool isUpper(unsigned char byte) {
     return byte >= 'A' && byte <= 'Z';
 }
 
-bool isLower(unsigned char byte) {
-    return byte >= 'a' && byte <= 'z';
-}
-
 bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
     switch (charset) {
         case Gs1Charset::numeric:
             return isAsciiDigit(byte);
         case Gs1Charset::alphanumeric:
-            return isAsciiDigit(byte) || isUpper(byte) || isLower(byte);
+            return isCharInCharset(byte, Charset::Alphanumeric);
         case Gs1Charset::cset82:
-            return byte == '!' || byte == '"' || (byte >= '%' && byte <= '?') || isUpper(byte) ||
-                   byte == '_' || isLower(byte);
+            return byte == '!' || byte == '"' || (byte >= '%' && byte <= '?') || byte == '_' ||
+                   isCharInCharset(byte, Charset::Alphabetic);
         case Gs1Charset::cset39:
             return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) || isUpper(byte);
     }
     return false;
 }
 
+// An empty text counts as all digits here.
 bool allDigits(ParserStringRef text) {
-    for (const char c : text.view()) {
-        if (!isAsciiDigit(static_cast<unsigned char>(c))) return false;
-    }
-    return true;
+    return text.empty() || isInCharset(text, Charset::Numeric);
 }
 
 std::size_t distanceTo(ParserStringRef view, char byte) {
