@@ -6,23 +6,23 @@
 #include <string>
 
 #include "bench_common.h"
+#include "bench_inputs.h"
 #include "hibc/hibc_parser.h"
 #include "qvx/parser.h"
 
 namespace {
 
-const std::string kPrimarySecondary = "+H123GLOVE5/$$3270630LOT8841/16D20240630D";
 // A scanner that appends a line end costs a second pass.
-const std::string kTrailingNewline = kPrimarySecondary + "\n";
+const std::string kTrailingNewline = qvx_bench::kHibc + "\n";
 
 void BM_ParserParseHibc(benchmark::State& state) {
-    qvx_bench::parseThroughParser(state, ParserDataFormat::Hibc, kPrimarySecondary);
+    qvx_bench::parseThroughParser(state, ParserDataFormat::Hibc, qvx_bench::kHibc);
 }
 void BM_ParserParseHibcTrailingNewline(benchmark::State& state) {
     qvx_bench::parseThroughParser(state, ParserDataFormat::Hibc, kTrailingNewline);
 }
 void BM_HibcParserDirect(benchmark::State& state) {
-    qvx_bench::parseDirect<parser::HIBCParser>(state, kPrimarySecondary);
+    qvx_bench::parseDirect<parser::HIBCParser>(state, qvx_bench::kHibc);
 }
 
 }  // namespace

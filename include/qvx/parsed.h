@@ -33,6 +33,9 @@ struct ParsedField {
 // "name", "parsed", "rawString" and, only when there are issues, "issues".
 nlohmann::json fieldsToJson(const std::vector<ParsedField>& fields);
 nlohmann::json fieldsToJson(const std::vector<std::shared_ptr<ParsedField>>& fields);
+// The JSON form of the fields as `toJsonText` prints it.
+std::string fieldsToJsonText(const std::vector<ParsedField>& fields);
+std::string fieldsToJsonText(const std::vector<std::shared_ptr<ParsedField>>& fields);
 
 // `json` printed with an indent of 4, non-ASCII kept as is, invalid UTF-8 dropped.
 std::string toJsonText(const nlohmann::json& json);
@@ -68,7 +71,7 @@ class ParserResult {
     void addWarning(std::shared_ptr<ParserIssue> issue);
 
     nlohmann::json asJson() const { return fieldsToJson(fields); }
-    std::string jsonString() const { return toJsonText(asJson()); }
+    std::string jsonString() const { return fieldsToJsonText(fields); }
 };
 
 // The frozen result of a successful parse. Immutable and safe to share.

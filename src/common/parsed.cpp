@@ -47,6 +47,14 @@ nlohmann::json fieldsToJson(const std::vector<std::shared_ptr<ParsedField>>& fie
     return array;
 }
 
+std::string fieldsToJsonText(const std::vector<ParsedField>& fields) {
+    return toJsonText(fieldsToJson(fields));
+}
+
+std::string fieldsToJsonText(const std::vector<std::shared_ptr<ParsedField>>& fields) {
+    return toJsonText(fieldsToJson(fields));
+}
+
 std::string toJsonText(const nlohmann::json& json) {
     return json.dump(4, ' ', false, nlohmann::json::error_handler_t::ignore);
 }
@@ -107,7 +115,7 @@ ParsedData::ParsedData(ParserResult&& result) : normalizedText_(std::move(result
 }
 
 const std::string& ParsedData::jsonString() const {
-    std::call_once(jsonOnce_, [this] { jsonString_ = toJsonText(asJson()); });
+    std::call_once(jsonOnce_, [this] { jsonString_ = fieldsToJsonText(fields_); });
     return jsonString_;
 }
 

@@ -14,12 +14,6 @@ namespace {
 
 constexpr std::size_t kCharsetCount = 8;
 
-constexpr bool isUpper(unsigned char b) {
-    return b >= 'A' && b <= 'Z';
-}
-constexpr bool isLower(unsigned char b) {
-    return b >= 'a' && b <= 'z';
-}
 
 // One row per set, in the order of the enumeration.
 constexpr bool belongs(unsigned char b, std::size_t charset) {
@@ -29,16 +23,16 @@ constexpr bool belongs(unsigned char b, std::size_t charset) {
         case 1:  // decimal
             return isAsciiDigit(b) || b == '.';
         case 2:  // alphabetic
-            return isUpper(b) || isLower(b);
+            return isAsciiUpper(b) || isAsciiLower(b);
         case 3:  // alphanumeric
-            return isAsciiDigit(b) || isUpper(b) || isLower(b);
+            return isAsciiDigit(b) || isAsciiUpper(b) || isAsciiLower(b);
         case 4:  // general
             return true;
         case 5:  // dlid special: blank and punctuation, but not '$'
             return (b >= 0x20 && b <= 0x23) || (b >= 0x25 && b <= 0x2F) ||
                    (b >= 0x3A && b <= 0x40) || (b >= 0x5B && b <= 0x60);
         case 6:  // vin: I, O and Q are left out because they read as 1 and 0
-            return isAsciiDigit(b) || (isUpper(b) && b != 'I' && b != 'O' && b != 'Q');
+            return isAsciiDigit(b) || (isAsciiUpper(b) && b != 'I' && b != 'O' && b != 'Q');
         case 7:  // limited extended ascii
             return b >= 0xC0;
         default:

@@ -28,6 +28,12 @@ enum class Charset : std::uint8_t {
 constexpr bool isAsciiDigit(unsigned char byte) noexcept {
     return byte >= '0' && byte <= '9';
 }
+constexpr bool isAsciiUpper(unsigned char byte) noexcept {
+    return byte >= 'A' && byte <= 'Z';
+}
+constexpr bool isAsciiLower(unsigned char byte) noexcept {
+    return byte >= 'a' && byte <= 'z';
+}
 bool isCharInCharset(unsigned char byte, Charset charset);
 // True when any set of the list accepts the byte; an empty list is a contract failure.
 bool isCharInAnyCharset(unsigned char byte, std::initializer_list<Charset> charsets);

@@ -41,10 +41,6 @@ std::string overflowIssue(std::uint64_t excess, const std::string& key) {
     return "field overflowed by " + std::to_string(excess) + " in AI " + key;
 }
 
-bool isUpper(unsigned char byte) {
-    return byte >= 'A' && byte <= 'Z';
-}
-
 bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
     switch (charset) {
         case Gs1Charset::numeric:
@@ -55,7 +51,7 @@ bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
             return byte == '!' || byte == '"' || (byte >= '%' && byte <= '?') || byte == '_' ||
                    isCharInCharset(byte, Charset::Alphabetic);
         case Gs1Charset::cset39:
-            return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) || isUpper(byte);
+            return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) || isAsciiUpper(byte);
     }
     return false;
 }

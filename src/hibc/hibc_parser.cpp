@@ -25,12 +25,9 @@ constexpr std::size_t kAdditionalDateSize = 8;
 // A date flag that is not a digit names no layout.
 constexpr int kUnknownDateType = -1;
 
-bool isUpper(unsigned char c) {
-    return c >= 'A' && c <= 'Z';
-}
 // Upper case only: the code's character set has no small letters.
 bool isCodeAlnum(unsigned char c) {
-    return isAsciiDigit(c) || isUpper(c);
+    return isAsciiDigit(c) || isAsciiUpper(c);
 }
 bool isCodeAlnum(ParserStringRef text) {
     for (const char c : text.view()) {
@@ -102,7 +99,7 @@ std::unique_ptr<ParserResult> HIBCParser::parseFields(ParserStringRef data) {
     nlohmann::json metadata = nlohmann::json::object();
     metadata["checksum"] = std::string(1, static_cast<char>(check));
 
-    if (isUpper(body[1])) {
+    if (isAsciiUpper(body[1])) {
         // A primary segment starts with the labeler's letter.
         if (const char* slash = body.find_char('/')) {
             const std::size_t at = body.offsetOf(slash);
@@ -134,7 +131,7 @@ void HIBCParser::parsePrimary(ParserStringRef primary, ParserResult& result) {
         result.setError("size of primary data string is illegal");
         return;
     }
-    if (!isUpper(primary[1])) {
+    if (!isAsciiUpper(primary[1])) {
         result.setError("first lic character is not alphabetic");
         return;
     }

@@ -119,7 +119,7 @@ bool decodeHIBCDate(ParserStringRef text, HIBCDateType type, nlohmann::json& dat
 
 int hibcCharValue(unsigned char byte) noexcept {
     if (byte >= '0' && byte <= '9') return byte - '0';
-    if (byte >= 'A' && byte <= 'Z') return byte - 'A' + 10;
+    if (isAsciiUpper(byte)) return byte - 'A' + 10;
     switch (byte) {
         case '-':
             return 36;

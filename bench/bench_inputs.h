@@ -1,0 +1,77 @@
+// The inputs that the benchmarks parse, shared by the per-format loops and the
+// cost report, so that both time the same codes.
+#pragma once
+
+#include <string>
+
+namespace qvx_bench {
+
+inline std::string padded(std::string text, std::size_t width) {
+    text.resize(width, ' ');
+    return text;
+}
+
+// GS1 element strings in machine form: a retail label (GTIN, expiry, lot,
+// serial) and a long logistics label (SSCC, weights, dimensions, counts,
+// ship-to address, dates).
+inline const std::string kGs1Retail =
+    "01095011015300031727063010AB12345\x1d"
+    "21SN00042";
+inline const std::string kGs1Logistics =
+    "00006141411234567890"
+    "0210614141000415"
+    "3103001250"
+    "3302000830"
+    "3122000120"
+    "3132000080"
+    "3142000060"
+    "3724\x1d"
+    "400PO-2024-000117\x1d"
+    "4300ACME%20Logistics%20Ltd\x1d"
+    "43021%20High%20Street\x1d"
+    "4304Springfield\x1d"
+    "4307GB"
+    "43242406151430"
+    "4330002500"
+    "1524063010BATCH-42\x1d"
+    "4104012345000009";
+
+// One HIBC label: primary and secondary segments with an expiry date and a lot.
+inline const std::string kHibc = "+H123GLOVE5/$$3270630LOT8841/16D20240630D";
+
+// Boarding passes. One leg, version 6, with the pass-level items, one baggage
+// group and airline use; two legs, the second with its own leg-level items,
+// and security data.
+inline const std::string kBcbpOneLeg =
+    "M1SMITH/JOHN          EXYZ789 LHRJFKBA 0117 123Y023C0042 14E>6180WW4122BBA "
+    "01251234560012A1251234567890 0BA BA 12345678         1PCNABC123";
+inline const std::string kBcbpTwoLegs =
+    "M2SMITH/JOHN          EXYZ789 LHRJFKBA 0117 123Y023C0042 148>6180WW4122BBA "
+    "01251234560012A1251234567890 0BA BA 12345678         1PCNXYZ789 JFKBOSAA 42   "
+    "125Y012A7    12C2A0019876543210 0AA                        Y^10ASIGNATURE1";
+
+// A Swiss payment QR bill: structured addresses, creditor reference, bill
+// information and one alternative procedure.
+inline const std::string kSwissQrBill =
+    "SPC\n0200\n1\nCH9300762011623852957\nS\nGenossenschaft Wasserversorgung Aaretal\n"
+    "Dorfstrasse\n27\n3113\nRubigen\nCH\n\n\n\n\n\n\n\n386.40\nCHF\nS\nBeat Zimmermann\n"
+    "Hofweg\n9\n3114\nWichtrach\nCH\nSCOR\nRF18539007547034\nWasserrechnung 2. Quartal 2024\n"
+    "EPD\n//S1/10/2024042/11/240630/30/106017086/32/8.1\neBill/B/beat.zimmermann@example.ch";
+
+// Uniformed-services ID cards: everything from the name to the pay grade is
+// shared by both kinds; a sponsor card carries its photograph behind the text,
+// for which 2 KB stand in.
+inline const std::string kUsidPersonalPart =
+    padded("DOE,JANE M", 27) + "123456789" + "0" + "000000000" + "30" + "64" + "130" + "BN" + "GR" +
+    "1987SEP02" + "SMYYU" + "2019JUN01" + "2025JUN01" + "2   " + "2021JUN01" + "2025JUN01" +
+    "A1B2" + "A" + "AD    " + "USA  " + "CPT   " + "O3  ";
+inline const std::string kUsidDependent =
+    "IDUS28C7Q0" + kUsidPersonalPart + padded("DOE,JOHN A", 27) + "123456789" + "SP    ";
+inline const std::string kUsidSponsor =
+    "IDUS28C7Q1" + kUsidPersonalPart + "II O+ " + std::string(2048, '\x5A');
+
+// VINs: a clean one, and a label scan (caption, blank, number).
+inline const std::string kVinClean = "1HGCM82633A004352";
+inline const std::string kVinLabel = "VIN 1HGCM82633A004352";
+
+}  // namespace qvx_bench
