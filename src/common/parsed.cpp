@@ -1,6 +1,7 @@
 #include "qvx/parsed.h"
 
 #include "common/text.h"
+#include "qvx/json_text.h"
 #include "qvx/contract.h"
 
 namespace parser {
@@ -48,36 +49,58 @@ nlohmann::json fieldsToJson(const std::vector<std::shared_ptr<ParsedField>>& fie
 }
 
 std::string fieldsToJsonText(const std::vector<ParsedField>& fields) {
-    return toJsonText(fieldsToJson(fields));
+    std::string text;
+    appendFieldsJsonText(text, fields, 4);
+    return text;
 }
 
 std::string fieldsToJsonText(const std::vector<std::shared_ptr<ParsedField>>& fields) {
-    return toJsonText(fieldsToJson(fields));
+    std::string text;
+    appendFieldsJsonText(text, fields, 4);
+    return text;
 }
 
 std::string toJsonText(const nlohmann::json& json) {
-    return json.dump(4, ' ', false, nlohmann::json::error_handler_t::ignore);
+    std::string text;
+    appendJsonText(text, json, 4);
+    return text;
 }
 
 std::string toCompactJsonText(const nlohmann::json& json) {
-    return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::ignore);
+    std::string text;
+    appendJsonText(text, json, -1);
+    return text;
 }
+
+namespace {
+// Most results have a handful of fields; starting with room for several
+// spares the vector's first doublings.
+constexpr std::size_t kInitialFieldCapacity = 8;
+
+void makeRoom(std::vector<ParsedField>& fields) {
+    if (fields.capacity() == 0) fields.reserve(kInitialFieldCapacity);
+}
+}  // namespace
 
 void ParserResult::addField(std::string name, std::string rawString, nlohmann::json parsed,
                             const std::string& issueText) {
+    makeRoom(fields);
     fields.emplace_back(std::move(name), std::move(rawString), std::move(parsed), issueText);
 }
 
 void ParserResult::addField(std::string name, std::string rawString, nlohmann::json parsed,
                             std::shared_ptr<ParserIssue> issue) {
+    makeRoom(fields);
     fields.emplace_back(std::move(name), std::move(rawString), std::move(parsed), std::move(issue));
 }
 
 void ParserResult::addField(ParsedField&& field) {
+    makeRoom(fields);
     fields.push_back(std::move(field));
 }
 
 void ParserResult::addStringField(std::string name, ParserStringRef value) {
+    makeRoom(fields);
     fields.emplace_back(std::move(name), value.str(), trimWhitespace(value).str());
 }
 
@@ -106,9 +129,13 @@ void ParserResult::addWarning(std::shared_ptr<ParserIssue> issue) {
 ParsedData::ParsedData(const ParserResult& result) : ParsedData(ParserResult(result)) {}
 
 ParsedData::ParsedData(ParserResult&& result) : normalizedText_(std::move(result.normalizedText)) {
-    fields_.reserve(result.fields.size());
-    for (auto& field : result.fields) {
-        fields_.push_back(std::make_shared<ParsedField>(std::move(field)));
+    if (!result.fields.empty()) {
+        // The fields move into one shared block, and each pointer handed out
+        // shares that block's ownership: a field costs no allocation of its own
+        // and still lives as long as anyone holds it.
+        auto block = std::make_shared<std::vector<ParsedField>>(std::move(result.fields));
+        fields_.reserve(block->size());
+        for (ParsedField& field : *block) fields_.emplace_back(block, &field);
     }
     warnings_.reserve(result.warnings.size());
     for (const auto& warning : result.warnings) warnings_.push_back(warning->message);

@@ -1,0 +1,316 @@
+#include "qvx/json_text.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+#include "qvx/parsed.h"
+
+namespace parser {
+
+namespace {
+
+using json = nlohmann::json;
+
+// Literals go over with their length known at compile time.
+template <std::size_t N>
+void put(std::string& out, const char (&literal)[N]) {
+    out.append(literal, N - 1);
+}
+
+void appendIndent(std::string& out, int width) {
+    static constexpr char kSpaces[] =
+        "                                                                ";
+    auto left = static_cast<std::size_t>(width);
+    while (left > 0) {
+        const std::size_t chunk = std::min(left, sizeof kSpaces - 1);
+        out.append(kSpaces, chunk);
+        left -= chunk;
+    }
+}
+
+void appendControlEscape(std::string& out, unsigned char byte) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    switch (byte) {
+        case '\b':
+            put(out, "\\b");
+            return;
+        case '\t':
+            put(out, "\\t");
+            return;
+        case '\n':
+            put(out, "\\n");
+            return;
+        case '\f':
+            put(out, "\\f");
+            return;
+        case '\r':
+            put(out, "\\r");
+            return;
+        default:
+            put(out, "\\u00");
+            out.push_back(kHex[byte >> 4]);
+            out.push_back(kHex[byte & 0x0F]);
+    }
+}
+
+constexpr bool isPlain(unsigned char byte) {
+    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+}
+
+// Bytes a well-formed sequence with this lead byte has in all, with the range
+// its second byte must fall in (overlong forms, surrogates and code points
+// above U+10FFFF are not well formed). Zero for a byte that cannot lead.
+struct Utf8Lead {
+    int length;
+    unsigned char low;
+    unsigned char high;
+};
+
+Utf8Lead utf8Lead(unsigned char lead) {
+    if (lead >= 0xC2 && lead <= 0xDF) return {2, 0x80, 0xBF};
+    if (lead == 0xE0) return {3, 0xA0, 0xBF};
+    if (lead == 0xED) return {3, 0x80, 0x9F};
+    if (lead >= 0xE1 && lead <= 0xEF) return {3, 0x80, 0xBF};
+    if (lead == 0xF0) return {4, 0x90, 0xBF};
+    if (lead >= 0xF1 && lead <= 0xF3) return {4, 0x80, 0xBF};
+    if (lead == 0xF4) return {4, 0x80, 0x8F};
+    return {0, 0, 0};
+}
+
+template <class Fields, class Deref>
+void appendFields(std::string& out, const Fields& fields, Deref deref, int indentStep,
+                  int currentIndent) {
+    if (fields.empty()) {
+        put(out, "[]");
+        return;
+    }
+    // Room for the usual case: names, raw texts, values of similar size, keys
+    // and indentation; one growth at most where values are long.
+    std::size_t expected = out.size();
+    for (const auto& item : fields) {
+        const ParsedField& field = deref(item);
+        expected += 2 * field.rawString.size() + field.name.size() + 96;
+    }
+    out.reserve(expected);
+
+    const bool pretty = indentStep >= 0;
+    const int objectIndent = currentIndent + indentStep;
+    const int memberIndent = objectIndent + indentStep;
+    // `key` is the member's name in quotes with its colon and blank.
+    auto openMember = [&](std::string_view key) {
+        if (pretty) {
+            appendIndent(out, memberIndent);
+            out.append(key.data(), key.size());
+        } else {
+            out.append(key.data(), key.size() - 1);
+        }
+    };
+    auto closeMember = [&] { pretty ? put(out, ",\n") : put(out, ","); };
+
+    pretty ? put(out, "[\n") : put(out, "[");
+    bool first = true;
+    for (const auto& item : fields) {
+        const ParsedField& field = deref(item);
+        if (!first) pretty ? put(out, ",\n") : put(out, ",");
+        first = false;
+        if (pretty) appendIndent(out, objectIndent);
+        pretty ? put(out, "{\n") : put(out, "{");
+        if (!field.issues.empty()) {
+            openMember(R"("issues": )");
+            pretty ? put(out, "[\n") : put(out, "[");
+            bool firstIssue = true;
+            for (const auto& issue : field.issues) {
+                if (!firstIssue) pretty ? put(out, ",\n") : put(out, ",");
+                firstIssue = false;
+                if (pretty) appendIndent(out, memberIndent + indentStep);
+                appendJsonString(out, issue->message);
+            }
+            if (pretty) {
+                out.push_back('\n');
+                appendIndent(out, memberIndent);
+            }
+            out.push_back(']');
+            closeMember();
+        }
+        openMember(R"("name": )");
+        appendJsonString(out, field.name);
+        closeMember();
+        openMember(R"("parsed": )");
+        appendJsonText(out, field.parsed, indentStep, memberIndent);
+        closeMember();
+        openMember(R"("rawString": )");
+        appendJsonString(out, field.rawString);
+        if (pretty) {
+            out.push_back('\n');
+            appendIndent(out, objectIndent);
+        }
+        out.push_back('}');
+    }
+    if (pretty) {
+        out.push_back('\n');
+        appendIndent(out, currentIndent);
+    }
+    out.push_back(']');
+}
+
+}  // namespace
+
+void appendJsonString(std::string& out, std::string_view text) {
+    out.push_back('"');
+    const std::size_t size = text.size();
+    std::size_t i = 0;
+    while (i < size) {
+        // Plain printable ASCII goes over in runs.
+        std::size_t run = i;
+        while (run < size && isPlain(static_cast<unsigned char>(text[run]))) ++run;
+        if (run > i) {
+            out.append(text.data() + i, run - i);
+            i = run;
+            if (i == size) break;
+        }
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte < 0x80) {
+            if (byte == '"' || byte == '\\') {
+                out.push_back('\\');
+                out.push_back(static_cast<char>(byte));
+            } else if (byte < 0x20) {
+                appendControlEscape(out, byte);
+            } else {
+                out.push_back(static_cast<char>(byte));
+            }
+            ++i;
+            continue;
+        }
+        // A sequence that breaks off is dropped up to the byte that broke it,
+        // which is then read afresh: it may well begin a sequence of its own.
+        const Utf8Lead lead = utf8Lead(byte);
+        if (lead.length == 0) {
+            ++i;
+            continue;
+        }
+        std::size_t end = i + 1;
+        bool wellFormed = true;
+        for (int k = 1; k < lead.length; ++k, ++end) {
+            if (end >= size) {
+                wellFormed = false;
+                break;
+            }
+            const auto next = static_cast<unsigned char>(text[end]);
+            const unsigned char low = k == 1 ? lead.low : 0x80;
+            const unsigned char high = k == 1 ? lead.high : 0xBF;
+            if (next < low || next > high) {
+                wellFormed = false;
+                break;
+            }
+        }
+        if (wellFormed) out.append(text.data() + i, end - i);
+        i = end;
+    }
+    out.push_back('"');
+}
+
+void appendJsonText(std::string& out, const nlohmann::json& value, int indentStep,
+                    int currentIndent) {
+    const bool pretty = indentStep >= 0;
+    switch (value.type()) {
+        case json::value_t::null:
+            put(out, "null");
+            return;
+        case json::value_t::boolean:
+            value.get<bool>() ? put(out, "true") : put(out, "false");
+            return;
+        case json::value_t::number_integer:
+        case json::value_t::number_unsigned: {
+            char buffer[24];
+            auto written =
+                value.is_number_unsigned()
+                    ? std::to_chars(buffer, buffer + sizeof buffer, value.get<std::uint64_t>())
+                    : std::to_chars(buffer, buffer + sizeof buffer, value.get<std::int64_t>());
+            out.append(buffer, written.ptr);
+            return;
+        }
+        case json::value_t::number_float: {
+            const double number = value.get<double>();
+            if (!std::isfinite(number)) {
+                put(out, "null");
+                return;
+            }
+            // The shortest text that reads back as the same double, as the
+            // library's own dump writes it.
+            char buffer[64];
+            char* end = nlohmann::detail::to_chars(buffer, buffer + sizeof buffer, number);
+            out.append(buffer, end);
+            return;
+        }
+        case json::value_t::string:
+            appendJsonString(out, value.get_ref<const std::string&>());
+            return;
+        case json::value_t::array: {
+            const auto& items = value.get_ref<const json::array_t&>();
+            if (items.empty()) {
+                put(out, "[]");
+                return;
+            }
+            pretty ? put(out, "[\n") : put(out, "[");
+            bool first = true;
+            for (const auto& item : items) {
+                if (!first) pretty ? put(out, ",\n") : put(out, ",");
+                first = false;
+                if (pretty) appendIndent(out, currentIndent + indentStep);
+                appendJsonText(out, item, indentStep, currentIndent + indentStep);
+            }
+            if (pretty) {
+                out.push_back('\n');
+                appendIndent(out, currentIndent);
+            }
+            out.push_back(']');
+            return;
+        }
+        case json::value_t::object: {
+            const auto& members = value.get_ref<const json::object_t&>();
+            if (members.empty()) {
+                put(out, "{}");
+                return;
+            }
+            pretty ? put(out, "{\n") : put(out, "{");
+            bool first = true;
+            for (const auto& [key, member] : members) {
+                if (!first) pretty ? put(out, ",\n") : put(out, ",");
+                first = false;
+                if (pretty) appendIndent(out, currentIndent + indentStep);
+                appendJsonString(out, key);
+                pretty ? put(out, ": ") : put(out, ":");
+                appendJsonText(out, member, indentStep, currentIndent + indentStep);
+            }
+            if (pretty) {
+                out.push_back('\n');
+                appendIndent(out, currentIndent);
+            }
+            out.push_back('}');
+            return;
+        }
+        case json::value_t::binary:
+        case json::value_t::discarded:
+            // No parser makes these; the library's own printer knows their forms.
+            out += value.dump(indentStep, ' ', false, json::error_handler_t::ignore);
+            return;
+    }
+}
+
+void appendFieldsJsonText(std::string& out, const std::vector<ParsedField>& fields, int indentStep,
+                          int currentIndent) {
+    appendFields(
+        out, fields, [](const ParsedField& field) -> const ParsedField& { return field; },
+        indentStep, currentIndent);
+}
+
+void appendFieldsJsonText(std::string& out, const std::vector<std::shared_ptr<ParsedField>>& fields,
+                          int indentStep, int currentIndent) {
+    appendFields(
+        out, fields,
+        [](const std::shared_ptr<ParsedField>& field) -> const ParsedField& { return *field; },
+        indentStep, currentIndent);
+}
+
+}  // namespace parser
