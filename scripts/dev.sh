@@ -17,7 +17,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(cmake ninja-build g++ pkgconf nlohmann-json3-dev libgtest-dev libgmock-dev
-          libbenchmark-dev)
+          libbenchmark-dev libmimalloc-dev)
 
 deps() {
     local missing=() pkg

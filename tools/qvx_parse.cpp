@@ -1,5 +1,8 @@
 // qvx-parse: the command line of the library. Parses one input readably
 // (default), as one JSON line (--json), or a stream of JSON Lines (--batch).
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <iostream>
 #include <optional>
@@ -172,21 +175,66 @@ int listFormats() {
     return std::cout ? kExitOk : kExitIoFailure;
 }
 
+bool writeAll(int fd, const std::string& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        done += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+// Answers are written whenever no complete line is left to answer, that is
+// before every read that may wait: a driver that sends one line and waits
+// gets its answer at once, and a stream of lines costs one write per chunk
+// read instead of one per line.
 int runBatch() {
-    std::ios::sync_with_stdio(false);
-    std::string line;
-    while (std::getline(std::cin, line)) {
-        std::string out = parser::toCompactJsonText(qvx_cli::handleBatchLine(line));
-        out.push_back('\n');
-        if (std::fwrite(out.data(), 1, out.size(), stdout) != out.size() ||
-            std::fflush(stdout) != 0) {
+    constexpr std::size_t kChunk = 1 << 16;
+    qvx_cli::BatchRunner runner;
+    std::string input;
+    std::string output;
+    std::size_t start = 0;
+    // Where the search for the next line end goes on: a long line read in
+    // many chunks is scanned once, not once per chunk.
+    std::size_t searchFrom = 0;
+    bool atEnd = false;
+    while (!atEnd) {
+        for (std::size_t end; (end = input.find('\n', searchFrom)) != std::string::npos;
+             start = searchFrom = end + 1) {
+            runner.handleLine(std::string_view(input).substr(start, end - start), output);
+            output += '\n';
+        }
+        if (!writeAll(STDOUT_FILENO, output)) {
             std::cerr << "qvx-parse: cannot write to standard output\n";
             return kExitIoFailure;
         }
+        output.clear();
+        input.erase(0, start);
+        start = 0;
+        const std::size_t kept = input.size();
+        searchFrom = kept;
+        input.resize(kept + kChunk);
+        ssize_t n;
+        do {
+            n = ::read(STDIN_FILENO, input.data() + kept, kChunk);
+        } while (n < 0 && errno == EINTR);
+        if (n < 0) {
+            std::cerr << "qvx-parse: cannot read standard input\n";
+            return kExitIoFailure;
+        }
+        input.resize(kept + static_cast<std::size_t>(n));
+        atEnd = n == 0;
     }
-    if (std::cin.bad()) {
-        std::cerr << "qvx-parse: cannot read standard input\n";
-        return kExitIoFailure;
+    // A last line without a line end is still a line.
+    if (!input.empty()) {
+        runner.handleLine(input, output);
+        output += '\n';
+        if (!writeAll(STDOUT_FILENO, output)) {
+            std::cerr << "qvx-parse: cannot write to standard output\n";
+            return kExitIoFailure;
+        }
     }
     return kExitOk;
 }
@@ -251,7 +299,9 @@ int runSingle(const Args& args) {
     const auto& response = run.value();
 
     if (args.json) {
-        std::cout << parser::toCompactJsonText(qvx_cli::responseToJson(request, response)) << '\n';
+        std::string line;
+        qvx_cli::appendResponseText(line, request, response, nullptr);
+        std::cout << line << '\n';
         std::cout.flush();
         if (!std::cout) return runtimeError("cannot write to standard output");
         if (response.optionsError) return kExitUsage;

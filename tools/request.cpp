@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base64.h"
+#include "qvx/json_text.h"
 
 namespace qvx_cli {
 
@@ -34,7 +35,7 @@ bool readFlag(const json& line, const char* key, std::string& error) {
     return it->get<bool>();
 }
 
-RequestResult requestFromLine(const json& line) {
+RequestResult requestFromLine(json& line) {
     Request request;
 
     auto format = line.find("format");
@@ -52,7 +53,7 @@ RequestResult requestFromLine(const json& line) {
     }
     if (data != line.end()) {
         if (!data->is_string()) return RequestResult::failure("\"data\" must be a string");
-        request.data = data->get<std::string>();
+        request.data = std::move(data->get_ref<std::string&>());
     } else if (data64 != line.end()) {
         if (!data64->is_string()) {
             return RequestResult::failure("\"dataBase64\" must be a string");
@@ -86,11 +87,21 @@ RequestResult requestFromLine(const json& line) {
     return RequestResult::success(std::move(request));
 }
 
-json inputError(json out, std::string text) {
-    out["ok"] = false;
-    out["inputError"] = std::move(text);
-    return out;
+void appendInputError(std::string& out, const json* id, std::string_view text) {
+    out += '{';
+    if (id != nullptr) {
+        out += "\"id\":";
+        parser::appendJsonText(out, *id, -1);
+        out += ',';
+    }
+    out += "\"inputError\":";
+    parser::appendJsonString(out, text);
+    out += ",\"ok\":false}";
 }
+
+// Lines seldom differ in their options; a run of ever new option texts must
+// still not grow the set of kept parsers without bound.
+constexpr std::size_t kMaxKeptParsers = 64;
 
 }  // namespace
 
@@ -106,7 +117,7 @@ bar::result<Response, std::string> runRequest(const Request& request) {
         auto set = parser->setOptions(*request.optionsText);
         if (!set) response.optionsError = set.error();
     }
-    response.options = parser->optionsToJSON();
+    if (request.showOptions) response.options = parser->optionsToJSON();
     if (!response.optionsError) response.parse = parser->parse(request.data);
     response.events = std::move(sink->events);
     return Result::success(std::move(response));
@@ -122,30 +133,90 @@ json issueToJson(const parser::ParserIssue& issue) {
             {"additionalInfo", std::move(info)}};
 }
 
-json responseToJson(const Request& request, const Response& response) {
-    json out = json::object();
-    if (response.optionsError) {
-        out["ok"] = false;
-        out["optionsError"] = *response.optionsError;
-    } else if (response.parse && response.parse->ok()) {
-        const auto& data = *response.parse->value();
-        out["ok"] = true;
-        out["fields"] = data.asJson();
-        out["warnings"] = data.warnings();
-        if (request.showJsonString) out["jsonString"] = data.jsonString();
-    } else if (response.parse) {
-        out["ok"] = false;
-        out["error"] = issueToJson(*response.parse->error());
+void appendResponseText(std::string& out, const Request& request, const Response& response,
+                        const json* id) {
+    const bool parsed = !response.optionsError && response.parse;
+    const bool ok = parsed && response.parse->ok();
+    const parser::ParsedData* data = ok ? response.parse->value().get() : nullptr;
+    bool first = true;
+    auto key = [&](std::string_view name) {
+        out += first ? "{\"" : ",\"";
+        first = false;
+        out += name;
+        out += "\":";
+    };
+    if (parsed && !ok) {
+        key("error");
+        parser::appendJsonText(out, issueToJson(*response.parse->error()), -1);
     }
-    if (request.showOptions) out["options"] = response.options;
-    if (request.showEvents) out["events"] = response.events;
-    return out;
+    if (request.showEvents) {
+        key("events");
+        parser::appendJsonText(out, response.events, -1);
+    }
+    if (data != nullptr) {
+        key("fields");
+        parser::appendFieldsJsonText(out, data->fields(), -1);
+    }
+    if (id != nullptr) {
+        key("id");
+        parser::appendJsonText(out, *id, -1);
+    }
+    if (data != nullptr && request.showJsonString) {
+        key("jsonString");
+        parser::appendJsonString(out, data->jsonString());
+    }
+    key("ok");
+    out += ok ? "true" : "false";
+    if (request.showOptions) {
+        key("options");
+        parser::appendJsonText(out, response.options, -1);
+    }
+    if (response.optionsError) {
+        key("optionsError");
+        parser::appendJsonString(out, *response.optionsError);
+    }
+    if (data != nullptr) {
+        key("warnings");
+        out += '[';
+        bool firstWarning = true;
+        for (const auto& warning : data->warnings()) {
+            if (!firstWarning) out += ',';
+            firstWarning = false;
+            parser::appendJsonString(out, warning);
+        }
+        out += ']';
+    }
+    out += '}';
 }
 
-json handleBatchLine(std::string_view line) {
-    json out = json::object();
+bar::result<Response, std::string> BatchRunner::run(const Request& request) {
+    using Result = bar::result<Response, std::string>;
+    if (request.showEvents) return runRequest(request);
+
+    Key key(request.format, request.optionsText);
+    auto kept = parsers_.find(key);
+    if (kept == parsers_.end()) {
+        auto created = qvx::Parser::create(nullptr, request.format);
+        if (!created) return Result::failure(created.error());
+        Prepared prepared{created.value(), std::nullopt};
+        if (request.optionsText) {
+            auto set = prepared.parser->setOptions(*request.optionsText);
+            if (!set) prepared.optionsError = set.error();
+        }
+        if (parsers_.size() >= kMaxKeptParsers) parsers_.clear();
+        kept = parsers_.emplace(std::move(key), std::move(prepared)).first;
+    }
+    const Prepared& prepared = kept->second;
+    Response response;
+    response.optionsError = prepared.optionsError;
+    if (request.showOptions) response.options = prepared.parser->optionsToJSON();
+    if (!response.optionsError) response.parse = prepared.parser->parse(request.data);
+    return Result::success(std::move(response));
+}
+
+void BatchRunner::handleLine(std::string_view line, std::string& out) {
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    if (line.empty()) return inputError(std::move(out), "empty line");
+    if (line.empty()) return appendInputError(out, nullptr, "empty line");
 
     json input;
     try {
@@ -156,19 +227,17 @@ json handleBatchLine(std::string_view line) {
         if (auto end = what.find("] "); !what.empty() && what[0] == '[' && end != what.npos) {
             what.remove_prefix(end + 2);
         }
-        return inputError(std::move(out), "line is not valid JSON: " + std::string(what));
+        return appendInputError(out, nullptr, "line is not valid JSON: " + std::string(what));
     }
-    if (!input.is_object()) return inputError(std::move(out), "line is not a JSON object");
-    if (auto id = input.find("id"); id != input.end()) out["id"] = *id;
+    if (!input.is_object()) return appendInputError(out, nullptr, "line is not a JSON object");
+    const json* id = nullptr;
+    if (auto found = input.find("id"); found != input.end()) id = &*found;
 
     auto request = requestFromLine(input);
-    if (!request) return inputError(std::move(out), request.error());
-    auto response = runRequest(request.value());
-    if (!response) return inputError(std::move(out), response.error());
-
-    json answer = responseToJson(request.value(), response.value());
-    answer.update(out);
-    return answer;
+    if (!request) return appendInputError(out, id, request.error());
+    auto response = run(request.value());
+    if (!response) return appendInputError(out, id, response.error());
+    appendResponseText(out, request.value(), response.value(), id);
 }
 
 }  // namespace qvx_cli

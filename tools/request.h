@@ -2,6 +2,8 @@
 // shared core of the --batch and --json modes, also used by the human mode.
 #pragma once
 
+#include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -28,7 +30,8 @@ struct Response {
     std::optional<std::string> optionsError;
     // The outcome of the parse, when one was run.
     std::optional<qvx::ParseOutcome> parse;
-    // The parser's options after the option call (snake_case keys).
+    // The parser's options after the option call (snake_case keys), read only
+    // when the request shows them.
     nlohmann::json options;
     // Every usage event of this request, as {"id": ..., "payload": ...}.
     nlohmann::json events = nlohmann::json::array();
@@ -38,14 +41,36 @@ struct Response {
 // with the library's creation message when the format is not built.
 bar::result<Response, std::string> runRequest(const Request& request);
 
-// The output object of a run request (without "id").
-nlohmann::json responseToJson(const Request& request, const Response& response);
+// Appends the output object of a run request as one line of compact JSON
+// (without the line end), with "id" when `id` is not null. Keys come in byte
+// order, as in every JSON object the tool prints.
+void appendResponseText(std::string& out, const Request& request, const Response& response,
+                        const nlohmann::json* id);
 
 // The JSON form of a fatal issue: "message", "code", "additionalInfo".
 nlohmann::json issueToJson(const parser::ParserIssue& issue);
 
-// Handles one line of --batch input (a trailing "\r" is ignored) and returns
-// the output object.
-nlohmann::json handleBatchLine(std::string_view line);
+// Answers --batch lines. Every line behaves as a freshly created parser with
+// the line's options set once. Parsers keep nothing of one parse for the
+// next, so a parser made for one (format, options) pair serves every later
+// line with the same pair and the same answers; only lines that show the
+// usage events get a parser of their own, since the events are per parser.
+class BatchRunner {
+  public:
+    // Appends the output line for one input line (a trailing "\r" is
+    // ignored), without the line end.
+    void handleLine(std::string_view line, std::string& out);
+
+  private:
+    struct Prepared {
+        std::shared_ptr<qvx::Parser> parser;
+        std::optional<std::string> optionsError;
+    };
+    using Key = std::pair<ParserDataFormat, std::optional<std::string>>;
+
+    bar::result<Response, std::string> run(const Request& request);
+
+    std::map<Key, Prepared> parsers_;
+};
 
 }  // namespace qvx_cli
