@@ -5,7 +5,7 @@
 #   scripts/dev.sh examples   parse every bundled sample in examples/samples/ with qvx-parse
 #   scripts/dev.sh test       run all tests, in the release and the sanitizer build, then a
 #                             fuzz smoke run when clang-14 is installed
-#   scripts/dev.sh bench      run the benchmarks (release build)
+#   scripts/dev.sh bench      run the benchmarks and the cost report (release build)
 #   scripts/dev.sh fuzz [s] [format]
 #                             run a libFuzzer target for s seconds (default 60): the one of
 #                             `format`, or the one over every format
@@ -69,6 +69,7 @@ case "${1:-}" in
         deps
         build_default >/dev/null
         build/default/bench/qvx_bench
+        build/default/bench/qvx_bench_cost
         ;;
     fuzz)
         deps clang-14 libclang-rt-14-dev

@@ -24,10 +24,9 @@ void appendJsonString(std::string& out, std::string_view text);
 
 // The JSON form of fields (objects with "issues" when there are any, "name",
 // "parsed", "rawString") as `appendJsonText` would print it.
-void appendFieldsJsonText(std::string& out, const std::vector<ParsedField>& fields,
-                          int indentStep, int currentIndent = 0);
-void appendFieldsJsonText(std::string& out,
-                          const std::vector<std::shared_ptr<ParsedField>>& fields, int indentStep,
+void appendFieldsJsonText(std::string& out, const std::vector<ParsedField>& fields, int indentStep,
                           int currentIndent = 0);
+void appendFieldsJsonText(std::string& out, const std::vector<std::shared_ptr<ParsedField>>& fields,
+                          int indentStep, int currentIndent = 0);
 
 }  // namespace parser

@@ -1,8 +1,8 @@
 #include "qvx/parsed.h"
 
 #include "common/text.h"
-#include "qvx/json_text.h"
 #include "qvx/contract.h"
+#include "qvx/json_text.h"
 
 namespace parser {
 

@@ -51,7 +51,8 @@ bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
             return byte == '!' || byte == '"' || (byte >= '%' && byte <= '?') || byte == '_' ||
                    isCharInCharset(byte, Charset::Alphabetic);
         case Gs1Charset::cset39:
-            return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) || isAsciiUpper(byte);
+            return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) ||
+                   isAsciiUpper(byte);
     }
     return false;
 }

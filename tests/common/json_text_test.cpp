@@ -2,13 +2,14 @@
 // is checked against dump on many random values: deep nesting, every value
 // type, and strings of random bytes (control characters, quotes, broken and
 // overlong UTF-8 sequences, surrogates, code points beyond U+10FFFF).
+#include "qvx/json_text.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <random>
 #include <string>
 
-#include "qvx/json_text.h"
 #include "qvx/parsed.h"
 
 namespace {
@@ -31,9 +32,21 @@ class RandomJson {
 
     std::string bytes() {
         static const std::string kInteresting[] = {
-            "\xC3\xA9",     "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xC0\xAF", "\xE0\x80\xAF",
-            "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xE2\x82",        "\x80",     "\xFF",
-            "\"",           "\\",           "\x7F",             "\x1F",     "\x00",
+            "\xC3\xA9",
+            "\xE2\x82\xAC",
+            "\xF0\x9F\x98\x80",
+            "\xC0\xAF",
+            "\xE0\x80\xAF",
+            "\xED\xA0\x80",
+            "\xF4\x90\x80\x80",
+            "\xE2\x82",
+            "\x80",
+            "\xFF",
+            "\"",
+            "\\",
+            "\x7F",
+            "\x1F",
+            "\x00",
         };
         std::string text;
         const int length = pick(0, 12);
@@ -105,8 +118,7 @@ TEST(JsonText, PrintsFieldsAsTheirJsonForm) {
         for (int i = random.pick(0, 5); i > 0; --i) {
             result.addField(random.bytes(), random.bytes(), random.value(1));
             for (int k = random.pick(0, 2); k > 0; --k) {
-                result.fields.back().issues.push_back(
-                    parser::ParserIssue::generic(random.bytes()));
+                result.fields.back().issues.push_back(parser::ParserIssue::generic(random.bytes()));
             }
         }
         const auto expected = result.asJson();
@@ -124,8 +136,12 @@ TEST(JsonText, DropsBrokenSequencesAndRereadsTheByteThatBrokeThem) {
         std::string bytes;
         std::string printed;
     } cases[] = {
-        {"a\xFF" "b", "\"ab\""},
-        {"\xE2\x82" "A", "\"A\""},
+        {"a\xFF"
+         "b",
+         "\"ab\""},
+        {"\xE2\x82"
+         "A",
+         "\"A\""},
         {"\xE2\xE2\x82\xAC", "\"\xE2\x82\xAC\""},
         {"\xC3", "\"\""},
         {"\xED\xA0\x80x", "\"x\""},
