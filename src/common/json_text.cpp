@@ -29,28 +29,37 @@ void appendIndent(std::string& out, int width) {
     }
 }
 
-void appendControlEscape(std::string& out, unsigned char byte) {
+// Writes the escape of a quote, a backslash or a control character.
+char* writeEscape(char* p, unsigned char byte) {
     static constexpr char kHex[] = "0123456789abcdef";
+    *p++ = '\\';
     switch (byte) {
+        case '"':
+        case '\\':
+            *p++ = static_cast<char>(byte);
+            return p;
         case '\b':
-            put(out, "\\b");
-            return;
+            *p++ = 'b';
+            return p;
         case '\t':
-            put(out, "\\t");
-            return;
+            *p++ = 't';
+            return p;
         case '\n':
-            put(out, "\\n");
-            return;
+            *p++ = 'n';
+            return p;
         case '\f':
-            put(out, "\\f");
-            return;
+            *p++ = 'f';
+            return p;
         case '\r':
-            put(out, "\\r");
-            return;
+            *p++ = 'r';
+            return p;
         default:
-            put(out, "\\u00");
-            out.push_back(kHex[byte >> 4]);
-            out.push_back(kHex[byte & 0x0F]);
+            *p++ = 'u';
+            *p++ = '0';
+            *p++ = '0';
+            *p++ = kHex[byte >> 4];
+            *p++ = kHex[byte & 0x0F];
+            return p;
     }
 }
 
@@ -157,28 +166,24 @@ void appendFields(std::string& out, const Fields& fields, Deref deref, int inden
 }  // namespace
 
 void appendJsonString(std::string& out, std::string_view text) {
-    out.push_back('"');
+    // Room for the worst case (every byte a six-byte escape) first, so that
+    // the loop writes through a plain pointer; the rest is cut off after.
+    const std::size_t start = out.size();
+    out.resize(start + 2 + 6 * text.size());
+    char* p = out.data() + start;
+    const char* const bytes = text.data();
     const std::size_t size = text.size();
+    *p++ = '"';
     std::size_t i = 0;
     while (i < size) {
-        // Plain printable ASCII goes over in runs.
-        std::size_t run = i;
-        while (run < size && isPlain(static_cast<unsigned char>(text[run]))) ++run;
-        if (run > i) {
-            out.append(text.data() + i, run - i);
-            i = run;
-            if (i == size) break;
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        if (isPlain(byte)) {
+            *p++ = static_cast<char>(byte);
+            ++i;
+            continue;
         }
-        const auto byte = static_cast<unsigned char>(text[i]);
         if (byte < 0x80) {
-            if (byte == '"' || byte == '\\') {
-                out.push_back('\\');
-                out.push_back(static_cast<char>(byte));
-            } else if (byte < 0x20) {
-                appendControlEscape(out, byte);
-            } else {
-                out.push_back(static_cast<char>(byte));
-            }
+            p = writeEscape(p, byte);
             ++i;
             continue;
         }
@@ -196,7 +201,7 @@ void appendJsonString(std::string& out, std::string_view text) {
                 wellFormed = false;
                 break;
             }
-            const auto next = static_cast<unsigned char>(text[end]);
+            const auto next = static_cast<unsigned char>(bytes[end]);
             const unsigned char low = k == 1 ? lead.low : 0x80;
             const unsigned char high = k == 1 ? lead.high : 0xBF;
             if (next < low || next > high) {
@@ -204,10 +209,13 @@ void appendJsonString(std::string& out, std::string_view text) {
                 break;
             }
         }
-        if (wellFormed) out.append(text.data() + i, end - i);
+        if (wellFormed) {
+            for (std::size_t k = i; k < end; ++k) *p++ = bytes[k];
+        }
         i = end;
     }
-    out.push_back('"');
+    *p++ = '"';
+    out.resize(static_cast<std::size_t>(p - out.data()));
 }
 
 void appendJsonText(std::string& out, const nlohmann::json& value, int indentStep,
