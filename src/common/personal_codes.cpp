@@ -74,7 +74,7 @@ nlohmann::json sexFromCode(ParserStringRef code) {
 
 nlohmann::json heightFromCode(ParserStringRef code) {
     int v = 0;
-    if (!readInt(code.str(), v)) return nullptr;
+    if (!readInt(code.view(), v)) return nullptr;
     // Small values are inches, mid-range values centimetres, and larger ones
     // feet and inches run together ("510" is 5'10"). Negative values are no
     // height at all but are passed through as inches rather than refused.

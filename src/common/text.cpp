@@ -1,9 +1,9 @@
 #include "common/text.h"
 
 #include <array>
+#include <charconv>
 #include <cstring>
-#include <locale>
-#include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "qvx/contract.h"
@@ -140,7 +140,13 @@ bool isInCharsets(const char* begin, const char* end, const std::vector<Charset>
 }
 
 bool isInCharset(const char* begin, const char* end, Charset charset) {
-    return isInCharsets(begin, end, {charset});
+    const auto index = static_cast<std::size_t>(charset);
+    if (begin == end || index >= kCharsetCount) return false;
+    const auto bit = static_cast<std::uint8_t>(1u << index);
+    for (const char* p = begin; p != end; ++p) {
+        if ((kMembership[static_cast<unsigned char>(*p)] & bit) == 0) return false;
+    }
+    return true;
 }
 
 const char* charsetName(Charset charset) {
@@ -278,12 +284,10 @@ nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim)
 nlohmann::json intFieldValue(ParserStringRef text) {
     const char* b = text.begin();
     while (b != text.end() && isCSpace(static_cast<unsigned char>(*b))) ++b;
-    const ParserStringRef rest(b, text.end());
-    if (rest.empty() || !isInCharset(rest, Charset::Numeric)) return nullptr;
-    std::istringstream in(rest.str());
-    in.imbue(std::locale::classic());
+    if (!isInCharset(b, text.end(), Charset::Numeric)) return nullptr;
     int value = 0;
-    if (!(in >> value)) return nullptr;  // too large for an int
+    const auto [end, error] = std::from_chars(b, text.end(), value);
+    if (error != std::errc() || end != text.end()) return nullptr;  // too large for an int
     return value;
 }
 
@@ -303,11 +307,17 @@ nlohmann::json booleanFieldValue(ParserStringRef text) {
     }
 }
 
-bool readInt(const std::string& text, int& value) {
-    std::istringstream in(text);
-    in.imbue(std::locale::classic());
+bool readInt(std::string_view text, int& value) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    while (p != end && isCSpace(static_cast<unsigned char>(*p))) ++p;
+    // from_chars takes a minus but no plus; either sign must be followed by a digit.
+    const char* digits = p;
+    if (digits != end && (*digits == '+' || *digits == '-')) ++digits;
+    if (digits == end || !isAsciiDigit(static_cast<unsigned char>(*digits))) return false;
     int read = 0;
-    if (!(in >> read) || !in.eof()) return false;
+    const auto [stop, error] = std::from_chars(*p == '-' ? p : digits, end, read);
+    if (error != std::errc() || stop != end) return false;
     value = read;
     return true;
 }

@@ -82,8 +82,9 @@ nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim)
 nlohmann::json intFieldValue(ParserStringRef text);
 // For one byte: 0/N/n give the string "false", 1/Y/y the string "true"; else null.
 nlohmann::json booleanFieldValue(ParserStringRef text);
-// True only when the whole text was read as a number.
-bool readInt(const std::string& text, int& value);
+// An int after optional C white space and one optional sign, as a stream in
+// the "C" locale reads it; true only when the whole text was read.
+bool readInt(std::string_view text, int& value);
 // Non-throwing JSON parse without comments; a discarded value on failure.
 nlohmann::json parseJsonString(const std::string& text);
 std::string base64Encode(const std::string& bytes);

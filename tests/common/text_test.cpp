@@ -58,6 +58,27 @@ TEST(CharsetTest, Ranges) {
     EXPECT_FALSE(isCharInAnyCharset('$', std::vector<Charset>{Charset::DlidSpecial}));
 }
 
+TEST(CharsetTest, RangeAgreesWithBytes) {
+    // A range belongs to a set exactly when each of its bytes does, the bytes
+    // of an unknown set included.
+    for (int set = 0; set <= 8; ++set) {
+        const auto charset = static_cast<Charset>(set);
+        int member = 0;
+        while (member < 255 && !isCharInCharset(static_cast<unsigned char>(member), charset)) {
+            ++member;
+        }
+        for (int b = 0; b < 256; ++b) {
+            const std::string one(1, static_cast<char>(b));
+            const std::string last = std::string(2, static_cast<char>(member)) + one;
+            const bool expected = isCharInCharset(static_cast<unsigned char>(b), charset);
+            EXPECT_EQ(isInCharset(ParserStringRef(one), charset), expected) << set << ' ' << b;
+            EXPECT_EQ(isInCharset(ParserStringRef(last), charset),
+                      expected && isCharInCharset(static_cast<unsigned char>(member), charset))
+                << set << ' ' << b;
+        }
+    }
+}
+
 TEST(CharsetDeathTest, EmptyListAborts) {
     const std::string text = "1";
     EXPECT_DEATH(isCharInAnyCharset('1', std::vector<Charset>{}),
@@ -166,6 +187,9 @@ TEST(TextTest, IntFieldValue) {
         {"42", 42},       {" \t007", 7},    {"2147483647", INT_MAX}, {"", nullptr},
         {"   ", nullptr}, {"+1", nullptr},  {"-1", nullptr},         {"4 2", nullptr},
         {"42 ", nullptr}, {"1.5", nullptr}, {"2147483648", nullptr},
+        // Every C white-space byte may lead; a non-breaking space may not.
+        {"\v\f\r\n 5", 5}, {"\xA0" "5", nullptr}, {"00000000000000000042", 42},
+        {"99999999999999999999", nullptr}, {"- 1", nullptr}, {"0", 0},
     };
     for (const Case& c : cases) EXPECT_EQ(intFieldValue(c.text), c.value) << c.text;
 }
@@ -178,13 +202,16 @@ TEST(TextTest, BooleanFieldValue) {
 
 TEST(TextTest, ReadInt) {
     const std::pair<const char*, int> accepted[] = {
-        {"12", 12}, {" 12", 12}, {"+7", 7}, {"-7", -7}, {"-2147483648", INT_MIN}};
+        {"12", 12},       {" 12", 12},  {"+7", 7},      {"-7", -7},     {"-2147483648", INT_MIN},
+        {"\t\n\v\f\r9", 9}, {"+007", 7}, {"-0", 0},      {"2147483647", INT_MAX}};
     for (const auto& [text, expected] : accepted) {
         int value = 0;
         EXPECT_TRUE(readInt(text, value)) << text;
         EXPECT_EQ(value, expected) << text;
     }
-    for (const char* text : {"12x", "12 ", "", "x", "2147483648", "1,000", "0x1F"}) {
+    for (const char* text : {"12x", "12 ", "", "x", "2147483648", "1,000", "0x1F", "+", "-", " ",
+                             "+-5", "-+5", "- 5", "++5", "-2147483649", "99999999999999999999",
+                             "\xA0" "5", "1e3"}) {
         int value = 0;
         EXPECT_FALSE(readInt(text, value)) << text;
     }
