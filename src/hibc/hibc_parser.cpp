@@ -22,6 +22,10 @@ constexpr std::size_t kMaxLotSize = 18;  // lot and serial share the limit
 constexpr std::size_t kMaxLotAfterPlainDate = 13;
 constexpr std::size_t kAdditionalDateSize = 8;
 
+// Labeler, product, unit, expiry, quantity, lot or serial, metadata; more only
+// with additional segments.
+constexpr std::size_t kUsualFieldCount = 8;
+
 // A date flag that is not a digit names no layout.
 constexpr int kUnknownDateType = -1;
 
@@ -45,8 +49,7 @@ ParserStringRef dropLeadingWhitespace(ParserStringRef text) {
 // Adds a text field of 1 to 18 bytes; false, with nothing added, otherwise.
 bool addShortText(const char* name, ParserStringRef text, ParserResult& result) {
     if (text.empty() || text.size() > kMaxLotSize) return false;
-    std::string value = text.str();
-    result.addField(name, value, value);
+    result.addField(name, text.str(), text.str());
     return true;
 }
 
@@ -76,6 +79,8 @@ nlohmann::json HIBCParser::optionsToJSON() const {
 
 std::unique_ptr<ParserResult> HIBCParser::parseFields(ParserStringRef data) {
     auto result = std::make_unique<ParserResult>();
+    // Room for both segments' fields and the metadata.
+    result->fields.reserve(kUsualFieldCount);
     if (data.empty()) {
         result->setError("data string is empty");
         return result;
