@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "qvx/string_ref.h"
@@ -77,6 +78,14 @@ bool beginsWith(const char* text, std::size_t length, const char* prefix, std::s
 // The JSON form of a delimited list: null when there are no pieces, else an
 // array with the last piece first.
 nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim);
+
+// Adds member `key` to `object`, which must be a JSON object without that key.
+// Members added in ascending key order go in at the end without a search.
+template <class Value>
+void addMember(nlohmann::json& object, std::string_view key, Value&& value) {
+    auto& members = object.get_ref<nlohmann::json::object_t&>();
+    members.emplace_hint(members.end(), key, std::forward<Value>(value));
+}
 
 // Integer after leading white space, or null.
 nlohmann::json intFieldValue(ParserStringRef text);

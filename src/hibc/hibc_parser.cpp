@@ -101,29 +101,30 @@ std::unique_ptr<ParserResult> HIBCParser::parseFields(ParserStringRef data) {
         return result;
     }
 
+    // Members go in in key order: checksum, link, primary, secondary.
     nlohmann::json metadata = nlohmann::json::object();
-    metadata["checksum"] = std::string(1, static_cast<char>(check));
+    addMember(metadata, "checksum", std::string(1, static_cast<char>(check)));
 
     if (isAsciiUpper(body[1])) {
         // A primary segment starts with the labeler's letter.
         if (const char* slash = body.find_char('/')) {
             const std::size_t at = body.offsetOf(slash);
-            metadata["primary"] = true;
-            metadata["secondary"] = true;
+            addMember(metadata, "primary", true);
+            addMember(metadata, "secondary", true);
             parsePrimary(body.first(at), *result);
             if (result->error) return result;
             parseSecondary(body.drop_front(at), *result);
         } else {
-            metadata["primary"] = true;
-            metadata["secondary"] = false;
+            addMember(metadata, "primary", true);
+            addMember(metadata, "secondary", false);
             parsePrimary(body, *result);
         }
     } else {
         // A secondary label on its own: the byte before the check ties it to
         // the primary label it belongs to.
-        metadata["primary"] = false;
-        metadata["secondary"] = true;
-        metadata["link"] = std::string(1, static_cast<char>(body.back()));
+        addMember(metadata, "link", std::string(1, static_cast<char>(body.back())));
+        addMember(metadata, "primary", false);
+        addMember(metadata, "secondary", true);
         parseSecondary(body.drop_back(1), *result);
     }
 

@@ -51,8 +51,8 @@ bool setDayOfYear(int year, int dayOfYear, nlohmann::json& date) {
         dayOfYear -= months[static_cast<std::size_t>(month)];
         ++month;
     }
-    date["month"] = month + 1;
-    date["day"] = dayOfYear;
+    addMember(date, "day", dayOfYear);
+    addMember(date, "month", month + 1);
     return true;
 }
 
@@ -95,38 +95,39 @@ bool decodeHIBCDate(ParserStringRef text, HIBCDateType type, nlohmann::json& dat
     }
     if (!isInCharset(text, Charset::Numeric)) return false;
 
+    // Members go in in key order: day, hour, month, year.
     date = nlohmann::json::object();
     switch (type) {
         case HIBCDateType::MonthYearLow:
         case HIBCDateType::MonthYearHigh:
-            date["month"] = flag * 10 + digitsValue(text, 0, 1);
-            date["year"] = digitsValue(text, 1, 2);
-            date["day"] = 1;
+            addMember(date, "day", 1);
+            addMember(date, "month", flag * 10 + digitsValue(text, 0, 1));
+            addMember(date, "year", digitsValue(text, 1, 2));
             return true;
         case HIBCDateType::MMDDYY:
-            date["month"] = digitsValue(text, 0, 2);
-            date["day"] = digitsValue(text, 2, 2);
-            date["year"] = digitsValue(text, 4, 2);
+            addMember(date, "day", digitsValue(text, 2, 2));
+            addMember(date, "month", digitsValue(text, 0, 2));
+            addMember(date, "year", digitsValue(text, 4, 2));
             return true;
         case HIBCDateType::YYMMDD:
         case HIBCDateType::YYMMDDHH:
-            date["year"] = digitsValue(text, 0, 2);
-            date["month"] = digitsValue(text, 2, 2);
-            date["day"] = digitsValue(text, 4, 2);
-            if (type == HIBCDateType::YYMMDDHH) date["hour"] = digitsValue(text, 6, 2);
+            addMember(date, "day", digitsValue(text, 4, 2));
+            if (type == HIBCDateType::YYMMDDHH) addMember(date, "hour", digitsValue(text, 6, 2));
+            addMember(date, "month", digitsValue(text, 2, 2));
+            addMember(date, "year", digitsValue(text, 0, 2));
             return true;
         case HIBCDateType::YYJJJ:
         case HIBCDateType::YYJJJHH: {
             const int year = digitsValue(text, 0, 2);
-            date["year"] = year;
             if (!setDayOfYear(year, digitsValue(text, 2, 3), date)) return false;
-            if (type == HIBCDateType::YYJJJHH) date["hour"] = digitsValue(text, 5, 2);
+            if (type == HIBCDateType::YYJJJHH) addMember(date, "hour", digitsValue(text, 5, 2));
+            addMember(date, "year", year);
             return true;
         }
         case HIBCDateType::YYYYMMDD:
-            date["year"] = digitsValue(text, 0, 4);
-            date["month"] = digitsValue(text, 4, 2);
-            date["day"] = digitsValue(text, 6, 2);
+            addMember(date, "day", digitsValue(text, 6, 2));
+            addMember(date, "month", digitsValue(text, 4, 2));
+            addMember(date, "year", digitsValue(text, 0, 4));
             return true;
         case HIBCDateType::NoDate:
             break;
