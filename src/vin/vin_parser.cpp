@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -132,11 +133,20 @@ char compensate(char c) {
     }
 }
 
+constexpr std::array<std::uint8_t, 256> buildTransliterationValues() {
+    // Bytes outside the table count 0; a VIN that passed the charset test has none.
+    std::array<std::uint8_t, 256> values{};
+    for (std::size_t i = 0; i < kTransliteration.size(); ++i) {
+        if (kTransliteration[i] == '.') continue;
+        values[static_cast<unsigned char>(kTransliteration[i])] = static_cast<std::uint8_t>(i % 10);
+    }
+    return values;
+}
+
+constexpr std::array<std::uint8_t, 256> kTransliterationValues = buildTransliterationValues();
+
 int transliterate(char c) {
-    const std::size_t index = kTransliteration.find(c);
-    // Unreachable for a VIN that passed the charset test.
-    if (index == std::string_view::npos) return 0;
-    return static_cast<int>(index % 10);
+    return kTransliterationValues[static_cast<unsigned char>(c)];
 }
 
 bool checkDigitMatches(std::string_view vin) {
@@ -202,8 +212,12 @@ nlohmann::json modelYear(char code) {
     const std::size_t index = kModelYearCodes.find(code);
     if (index == std::string_view::npos) return nullptr;
     const int offset = static_cast<int>(index);
-    return nlohmann::json::array(
-        {kModelYearBase + offset, kModelYearBase + kModelYearCycle + offset});
+    nlohmann::json years(nlohmann::json::value_t::array);
+    auto& both = years.get_ref<nlohmann::json::array_t&>();
+    both.reserve(2);
+    both.emplace_back(kModelYearBase + offset);
+    both.emplace_back(kModelYearBase + kModelYearCycle + offset);
+    return years;
 }
 
 // Label scans wrap the number in noise: a caption such as "VIN " before it,
@@ -270,30 +284,35 @@ std::unique_ptr<ParserResult> VinParser::parse(ParserStringRef input) {
 
     const Standard standard = standardOf(vin[0]);
     const bool smallMaker = vin[2] == '9';
-    const std::string wmi(vin.substr(0, 3));
-    const std::string makerSuffix(vin.substr(11, 3));
+    const std::string_view wmi = vin.substr(0, 3);
+    const std::string_view makerSuffix = vin.substr(11, 3);
+    result->fields.reserve(4);
 
+    // Members go in in key order.
     nlohmann::json wmiValue = nlohmann::json::object();
-    wmiValue["fullCode"] = smallMaker ? wmi + makerSuffix : wmi;
-    wmiValue["numberOfVehicles"] = numberOfVehicles(standard, smallMaker);
-    wmiValue["region"] =
-        regionOf(static_cast<unsigned char>(vin[0]), static_cast<unsigned char>(vin[1]));
-    result->addField("WMI", wmi, std::move(wmiValue));
+    std::string fullCode(wmi);
+    if (smallMaker) fullCode.append(makerSuffix);
+    addMember(wmiValue, "fullCode", std::move(fullCode));
+    addMember(wmiValue, "numberOfVehicles", numberOfVehicles(standard, smallMaker));
+    addMember(wmiValue, "region",
+              regionOf(static_cast<unsigned char>(vin[0]), static_cast<unsigned char>(vin[1])));
+    result->addField("WMI", std::string(wmi), std::move(wmiValue));
 
-    const std::string vds(vin.substr(3, 5));
-    result->addField("VDS", vds, vds);
+    const std::string_view vds = vin.substr(3, 5);
+    result->addField("VDS", std::string(vds), std::string(vds));
 
     nlohmann::json visValue = nlohmann::json::object();
-    visValue["modelYear"] = modelYear(vin[9]);
-    visValue["plant"] = std::string(1, vin[10]);
-    visValue["serialNumber"] = std::string(vin.substr(11, 6));
-    visValue["wmiSuffix"] = smallMaker ? nlohmann::json(makerSuffix) : nlohmann::json(nullptr);
+    addMember(visValue, "modelYear", modelYear(vin[9]));
+    addMember(visValue, "plant", std::string(1, vin[10]));
+    addMember(visValue, "serialNumber", std::string(vin.substr(11, 6)));
+    addMember(visValue, "wmiSuffix",
+              smallMaker ? nlohmann::json(std::string(makerSuffix)) : nlohmann::json(nullptr));
     result->addField("VIS", std::string(vin.substr(9, 8)), std::move(visValue));
 
     nlohmann::json metadata = nlohmann::json::object();
-    metadata["checksum"] = std::string(1, vin[kCheckDigitPosition]);
-    metadata["passedChecksum"] = passedChecksum;
-    metadata["standard"] = standardName(standard);
+    addMember(metadata, "checksum", std::string(1, vin[kCheckDigitPosition]));
+    addMember(metadata, "passedChecksum", passedChecksum);
+    addMember(metadata, "standard", standardName(standard));
     result->addField("metadata", std::string(), std::move(metadata));
 
     return result;
