@@ -133,6 +133,8 @@ constexpr Row address(Versions versions, const char* prefix) {
     return Row{prefix, nullptr, nullptr, 0, versions, M, false, kAny, AddressPart::None, true};
 }
 
+// Rows follow the data element tables of the Swiss Implementation Guidelines
+// for the QR-bill, versions 1 and 2.
 // Each of the three parties of a bill: version 1 knows only structured
 // addresses, version 2 adds the type line and lets the street lines hold a
 // free-form address instead.

@@ -18,7 +18,8 @@ namespace {
 constexpr std::size_t kVinLength = 17;
 constexpr std::size_t kCheckDigitPosition = 8;
 
-// Position 8 carries no weight: it is the check digit itself.
+// Weights and letter values follow the check digit tables of 49 CFR 565, the
+// North American VIN rule. Position 8 carries no weight: it is the check digit itself.
 constexpr std::array<int, kVinLength> kCheckDigitWeights = {8, 7, 6, 5, 4, 3, 2, 10, 0,
                                                             9, 8, 7, 6, 5, 4, 3, 2};
 
@@ -27,6 +28,7 @@ constexpr std::array<int, kVinLength> kCheckDigitWeights = {8, 7, 6, 5, 4, 3, 2,
 constexpr std::string_view kTransliteration = "0123456789.ABCDEFGH..JKLMN.P.R..STUVWXYZ";
 static_assert(kTransliteration.size() == 40);
 
+// Codes follow the model year table of ISO 3779 and 49 CFR 565.
 // The model-year code cycles every 30 years: index i stands for 1980 + i and 2010 + i.
 constexpr std::string_view kModelYearCodes = "ABCDEFGHJKLMNPRSTVWXY123456789";
 static_assert(kModelYearCodes.size() == 30);
@@ -40,6 +42,8 @@ struct RegionBound {
     const char* region = nullptr;
 };
 
+// Rows follow the SAE world manufacturer identifier region and country code
+// allocation under ISO 3780.
 // The first character picks a row; the second picks the first range whose
 // bound is not below it. Digits sort below letters, so a row reads 0-9 then A-Z.
 struct RegionRow {
