@@ -178,6 +178,13 @@ TEST(TextTest, SplitToJsonArray) {
     EXPECT_TRUE(splitToJsonArray("", ',', false).is_null());
 }
 
+TEST(TextTest, AddMemberInAnyOrder) {
+    // Members in key order go in at the end; others still land in place.
+    json object = json::object();
+    for (const char* key : {"b", "d", "a", "c", "e"}) addMember(object, key, key);
+    EXPECT_EQ(object.dump(), R"({"a":"a","b":"b","c":"c","d":"d","e":"e"})");
+}
+
 TEST(TextTest, IntFieldValue) {
     struct Case {
         const char* text;
