@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::size_t kCharsetCount = 8;
 
-
 // One row per set, in the order of the enumeration.
 constexpr bool belongs(unsigned char b, std::size_t charset) {
     switch (charset) {

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <utility>
 
-
 namespace parser::swissqr {
 
 namespace {

@@ -80,9 +80,9 @@ void readBill(ParserStringRef input, const Settings& settings, ParserResult& res
 
     // Room for every line of a bill, and for the blank ones added below.
     std::vector<ParserStringRef> lines;
-    lines.reserve(std::max(swissqr::elementsForVersion('1').size(),
-                           swissqr::elementsForVersion('2').size()) +
-                  kMostAlternativeProcedures);
+    lines.reserve(
+        std::max(swissqr::elementsForVersion('1').size(), swissqr::elementsForVersion('2').size()) +
+        kMostAlternativeProcedures);
     const std::size_t crlf = splitAtLineFeeds(input, lines);
     // Every "\r\n" holds a "\n": equal counts mean CRLF throughout.
     const std::size_t lf = lines.size() - 1;

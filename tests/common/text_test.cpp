@@ -190,6 +190,7 @@ TEST(TextTest, IntFieldValue) {
         const char* text;
         json value;
     };
+    // clang-format off
     const Case cases[] = {
         {"42", 42},       {" \t007", 7},    {"2147483647", INT_MAX}, {"", nullptr},
         {"   ", nullptr}, {"+1", nullptr},  {"-1", nullptr},         {"4 2", nullptr},
@@ -198,6 +199,7 @@ TEST(TextTest, IntFieldValue) {
         {"\v\f\r\n 5", 5}, {"\xA0" "5", nullptr}, {"00000000000000000042", 42},
         {"99999999999999999999", nullptr}, {"- 1", nullptr}, {"0", 0},
     };
+    // clang-format on
     for (const Case& c : cases) EXPECT_EQ(intFieldValue(c.text), c.value) << c.text;
 }
 
@@ -208,9 +210,10 @@ TEST(TextTest, BooleanFieldValue) {
 }
 
 TEST(TextTest, ReadInt) {
+    // clang-format off
     const std::pair<const char*, int> accepted[] = {
-        {"12", 12},       {" 12", 12},  {"+7", 7},      {"-7", -7},     {"-2147483648", INT_MIN},
-        {"\t\n\v\f\r9", 9}, {"+007", 7}, {"-0", 0},      {"2147483647", INT_MAX}};
+        {"12", 12}, {" 12", 12}, {"+7", 7}, {"-7", -7}, {"-2147483648", INT_MIN},
+        {"\t\n\v\f\r9", 9}, {"+007", 7}, {"-0", 0}, {"2147483647", INT_MAX}};
     for (const auto& [text, expected] : accepted) {
         int value = 0;
         EXPECT_TRUE(readInt(text, value)) << text;
@@ -219,6 +222,7 @@ TEST(TextTest, ReadInt) {
     for (const char* text : {"12x", "12 ", "", "x", "2147483648", "1,000", "0x1F", "+", "-", " ",
                              "+-5", "-+5", "- 5", "++5", "-2147483649", "99999999999999999999",
                              "\xA0" "5", "1e3"}) {
+        // clang-format on
         int value = 0;
         EXPECT_FALSE(readInt(text, value)) << text;
     }
