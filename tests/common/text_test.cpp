@@ -14,6 +14,7 @@ using nlohmann::json;
 
 std::vector<std::string> strings(const std::vector<ParserStringRef>& refs) {
     std::vector<std::string> out;
+    out.reserve(refs.size());
     for (ParserStringRef r : refs) out.push_back(r.str());
     return out;
 }
@@ -195,8 +196,8 @@ TEST(TextTest, IntFieldValue) {
         {"42", 42},       {" \t007", 7},    {"2147483647", INT_MAX}, {"", nullptr},
         {"   ", nullptr}, {"+1", nullptr},  {"-1", nullptr},         {"4 2", nullptr},
         {"42 ", nullptr}, {"1.5", nullptr}, {"2147483648", nullptr},
-        // Every C white-space byte may lead; a non-breaking space may not.
-        {"\v\f\r\n 5", 5}, {"\xA0" "5", nullptr}, {"00000000000000000042", 42},
+        // Every C white-space byte may lead; a non-breaking space (0xA0) may not.
+        {"\v\f\r\n 5", 5}, {"\xA0\x35", nullptr}, {"00000000000000000042", 42},
         {"99999999999999999999", nullptr}, {"- 1", nullptr}, {"0", 0},
     };
     // clang-format on
@@ -221,7 +222,7 @@ TEST(TextTest, ReadInt) {
     }
     for (const char* text : {"12x", "12 ", "", "x", "2147483648", "1,000", "0x1F", "+", "-", " ",
                              "+-5", "-+5", "- 5", "++5", "-2147483649", "99999999999999999999",
-                             "\xA0" "5", "1e3"}) {
+                             "\xA0\x35", "1e3"}) {
         // clang-format on
         int value = 0;
         EXPECT_FALSE(readInt(text, value)) << text;
