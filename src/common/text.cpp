@@ -236,7 +236,8 @@ void splitByChar(const std::string& text, char delimiter, std::vector<std::strin
 void trimWhitespace(std::string& text) {
     const ParserStringRef kept = trimWhitespace(ParserStringRef(text));
     const auto head = static_cast<std::size_t>(kept.begin() - text.data());
-    text = text.substr(head, kept.size());
+    text.erase(head + kept.size());
+    text.erase(0, head);
 }
 
 ParserStringRef trimWhitespace(ParserStringRef text) {
@@ -252,7 +253,8 @@ void trimChars(std::string& text, std::string_view set) {
     std::size_t e = text.size();
     while (b != e && inSet(text[b], set)) ++b;
     while (e != b && inSet(text[e - 1], set)) --e;
-    text = text.substr(b, e - b);
+    text.erase(e);
+    text.erase(0, b);
 }
 
 bool endsWith(const char* text, std::size_t length, const char* suffix, std::size_t suffixLength) {
@@ -268,14 +270,23 @@ bool beginsWith(const char* text, std::size_t length, const char* prefix,
 }
 
 nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim) {
-    std::vector<std::string> pieces;
-    splitByChar(text.str(), delimiter, pieces);
+    // The pieces as splitByChar cuts them, without copying them first.
+    std::vector<ParserStringRef> pieces;
+    const std::string_view bytes = text.view();
+    std::size_t start = 0;
+    while (start < bytes.size()) {
+        std::size_t at = bytes.find(delimiter, start);
+        if (at == std::string_view::npos) at = bytes.size();
+        pieces.emplace_back(bytes.data() + start, bytes.data() + at);
+        start = at + 1;
+    }
     if (pieces.empty()) return nullptr;
     // Consumers read these lists last entry first; the order stays as it is.
     nlohmann::json array = nlohmann::json::array();
+    auto& items = array.get_ref<nlohmann::json::array_t&>();
+    items.reserve(pieces.size());
     for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
-        if (trim) trimWhitespace(*it);
-        array.push_back(std::move(*it));
+        items.emplace_back((trim ? trimWhitespace(*it) : *it).str());
     }
     return array;
 }

@@ -177,6 +177,10 @@ TEST(TextTest, SplitToJsonArray) {
     EXPECT_EQ(splitToJsonArray(" a , b", ',', false), json({" b", " a "}));
     EXPECT_EQ(splitToJsonArray("a,", ',', false), json::array({"a"}));
     EXPECT_TRUE(splitToJsonArray("", ',', false).is_null());
+    EXPECT_EQ(splitToJsonArray(",a", ',', false), json({"a", ""}));
+    EXPECT_EQ(splitToJsonArray(",,", ',', false), json({"", ""}));
+    EXPECT_EQ(splitToJsonArray(" , ", ',', true), json({"", ""}));
+    EXPECT_EQ(splitToJsonArray("a b", ',', true), json::array({"a b"}));
 }
 
 TEST(TextTest, AddMemberInAnyOrder) {
