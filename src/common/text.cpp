@@ -141,6 +141,7 @@ bool isInCharsets(const char* begin, const char* end, const std::vector<Charset>
 bool isInCharset(const char* begin, const char* end, Charset charset) {
     const auto index = static_cast<std::size_t>(charset);
     if (begin == end || index >= kCharsetCount) return false;
+    if (charset == Charset::General) return true;
     const auto bit = static_cast<std::uint8_t>(1u << index);
     for (const char* p = begin; p != end; ++p) {
         if ((kMembership[static_cast<unsigned char>(*p)] & bit) == 0) return false;
