@@ -14,6 +14,8 @@ namespace {
 
 using CodeWord = std::pair<std::string_view, std::string_view>;
 
+// Codes follow the eye colour table of the AAMVA DL/ID card design standard,
+// with the variants BRN, BR, HZL and HA that some issuers print.
 constexpr CodeWord kEyeColours[] = {
     {"BLK", "black"}, {"BLU", "blue"},        {"BRO", "brown"}, {"BRN", "brown"},
     {"BR", "brown"},  {"DIC", "dichromatic"}, {"GRY", "gray"},  {"GRN", "green"},
@@ -26,6 +28,7 @@ constexpr std::string_view kEyeColourWords[] = {
     "black", "blue", "brown", "dichromatic", "gray", "green", "hazel", "maroon", "pink", "unknown",
 };
 
+// Codes follow the hair colour table of the AAMVA DL/ID card design standard.
 // "grey" here but "gray" for eyes: both spellings are what consumers expect.
 constexpr CodeWord kHairColours[] = {
     {"BAL", "bald"}, {"BLK", "black"}, {"BLN", "blond"},   {"BRO", "brown"}, {"GRY", "grey"},
@@ -74,7 +77,7 @@ nlohmann::json sexFromCode(ParserStringRef code) {
 
 nlohmann::json heightFromCode(ParserStringRef code) {
     int v = 0;
-    if (!readInt(code.str(), v)) return nullptr;
+    if (!readInt(code.view(), v)) return nullptr;
     // Small values are inches, mid-range values centimetres, and larger ones
     // feet and inches run together ("510" is 5'10"). Negative values are no
     // height at all but are passed through as inches rather than refused.

@@ -1,9 +1,9 @@
 #include "common/text.h"
 
 #include <array>
+#include <charconv>
 #include <cstring>
-#include <locale>
-#include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "qvx/contract.h"
@@ -139,7 +139,14 @@ bool isInCharsets(const char* begin, const char* end, const std::vector<Charset>
 }
 
 bool isInCharset(const char* begin, const char* end, Charset charset) {
-    return isInCharsets(begin, end, {charset});
+    const auto index = static_cast<std::size_t>(charset);
+    if (begin == end || index >= kCharsetCount) return false;
+    if (charset == Charset::General) return true;
+    const auto bit = static_cast<std::uint8_t>(1u << index);
+    for (const char* p = begin; p != end; ++p) {
+        if ((kMembership[static_cast<unsigned char>(*p)] & bit) == 0) return false;
+    }
+    return true;
 }
 
 const char* charsetName(Charset charset) {
@@ -230,7 +237,8 @@ void splitByChar(const std::string& text, char delimiter, std::vector<std::strin
 void trimWhitespace(std::string& text) {
     const ParserStringRef kept = trimWhitespace(ParserStringRef(text));
     const auto head = static_cast<std::size_t>(kept.begin() - text.data());
-    text = text.substr(head, kept.size());
+    text.erase(head + kept.size());
+    text.erase(0, head);
 }
 
 ParserStringRef trimWhitespace(ParserStringRef text) {
@@ -246,7 +254,8 @@ void trimChars(std::string& text, std::string_view set) {
     std::size_t e = text.size();
     while (b != e && inSet(text[b], set)) ++b;
     while (e != b && inSet(text[e - 1], set)) --e;
-    text = text.substr(b, e - b);
+    text.erase(e);
+    text.erase(0, b);
 }
 
 bool endsWith(const char* text, std::size_t length, const char* suffix, std::size_t suffixLength) {
@@ -262,14 +271,23 @@ bool beginsWith(const char* text, std::size_t length, const char* prefix,
 }
 
 nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim) {
-    std::vector<std::string> pieces;
-    splitByChar(text.str(), delimiter, pieces);
+    // The pieces as splitByChar cuts them, without copying them first.
+    std::vector<ParserStringRef> pieces;
+    const std::string_view bytes = text.view();
+    std::size_t start = 0;
+    while (start < bytes.size()) {
+        std::size_t at = bytes.find(delimiter, start);
+        if (at == std::string_view::npos) at = bytes.size();
+        pieces.emplace_back(bytes.data() + start, bytes.data() + at);
+        start = at + 1;
+    }
     if (pieces.empty()) return nullptr;
     // Consumers read these lists last entry first; the order stays as it is.
     nlohmann::json array = nlohmann::json::array();
+    auto& items = array.get_ref<nlohmann::json::array_t&>();
+    items.reserve(pieces.size());
     for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
-        if (trim) trimWhitespace(*it);
-        array.push_back(std::move(*it));
+        items.emplace_back((trim ? trimWhitespace(*it) : *it).str());
     }
     return array;
 }
@@ -277,12 +295,10 @@ nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim)
 nlohmann::json intFieldValue(ParserStringRef text) {
     const char* b = text.begin();
     while (b != text.end() && isCSpace(static_cast<unsigned char>(*b))) ++b;
-    const ParserStringRef rest(b, text.end());
-    if (rest.empty() || !isInCharset(rest, Charset::Numeric)) return nullptr;
-    std::istringstream in(rest.str());
-    in.imbue(std::locale::classic());
+    if (!isInCharset(b, text.end(), Charset::Numeric)) return nullptr;
     int value = 0;
-    if (!(in >> value)) return nullptr;  // too large for an int
+    const auto [end, error] = std::from_chars(b, text.end(), value);
+    if (error != std::errc() || end != text.end()) return nullptr;  // too large for an int
     return value;
 }
 
@@ -302,11 +318,17 @@ nlohmann::json booleanFieldValue(ParserStringRef text) {
     }
 }
 
-bool readInt(const std::string& text, int& value) {
-    std::istringstream in(text);
-    in.imbue(std::locale::classic());
+bool readInt(std::string_view text, int& value) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    while (p != end && isCSpace(static_cast<unsigned char>(*p))) ++p;
+    // from_chars takes a minus but no plus; either sign must be followed by a digit.
+    const char* digits = p;
+    if (digits != end && (*digits == '+' || *digits == '-')) ++digits;
+    if (digits == end || !isAsciiDigit(static_cast<unsigned char>(*digits))) return false;
     int read = 0;
-    if (!(in >> read) || !in.eof()) return false;
+    const auto [stop, error] = std::from_chars(*p == '-' ? p : digits, end, read);
+    if (error != std::errc() || stop != end) return false;
     value = read;
     return true;
 }

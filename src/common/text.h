@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "qvx/string_ref.h"
@@ -78,12 +79,21 @@ bool beginsWith(const char* text, std::size_t length, const char* prefix, std::s
 // array with the last piece first.
 nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim);
 
+// Adds member `key` to `object`, which must be a JSON object without that key.
+// Members added in ascending key order go in at the end without a search.
+template <class Value>
+void addMember(nlohmann::json& object, std::string_view key, Value&& value) {
+    auto& members = object.get_ref<nlohmann::json::object_t&>();
+    members.emplace_hint(members.end(), key, std::forward<Value>(value));
+}
+
 // Integer after leading white space, or null.
 nlohmann::json intFieldValue(ParserStringRef text);
 // For one byte: 0/N/n give the string "false", 1/Y/y the string "true"; else null.
 nlohmann::json booleanFieldValue(ParserStringRef text);
-// True only when the whole text was read as a number.
-bool readInt(const std::string& text, int& value);
+// An int after optional C white space and one optional sign, as a stream in
+// the "C" locale reads it; true only when the whole text was read.
+bool readInt(std::string_view text, int& value);
 // Non-throwing JSON parse without comments; a discarded value on failure.
 nlohmann::json parseJsonString(const std::string& text);
 std::string base64Encode(const std::string& bytes);

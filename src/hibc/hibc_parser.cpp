@@ -22,6 +22,10 @@ constexpr std::size_t kMaxLotSize = 18;  // lot and serial share the limit
 constexpr std::size_t kMaxLotAfterPlainDate = 13;
 constexpr std::size_t kAdditionalDateSize = 8;
 
+// Labeler, product, unit, expiry, quantity, lot or serial, metadata; more only
+// with additional segments.
+constexpr std::size_t kUsualFieldCount = 8;
+
 // A date flag that is not a digit names no layout.
 constexpr int kUnknownDateType = -1;
 
@@ -45,8 +49,7 @@ ParserStringRef dropLeadingWhitespace(ParserStringRef text) {
 // Adds a text field of 1 to 18 bytes; false, with nothing added, otherwise.
 bool addShortText(const char* name, ParserStringRef text, ParserResult& result) {
     if (text.empty() || text.size() > kMaxLotSize) return false;
-    std::string value = text.str();
-    result.addField(name, value, value);
+    result.addField(name, text.str(), text.str());
     return true;
 }
 
@@ -76,6 +79,8 @@ nlohmann::json HIBCParser::optionsToJSON() const {
 
 std::unique_ptr<ParserResult> HIBCParser::parseFields(ParserStringRef data) {
     auto result = std::make_unique<ParserResult>();
+    // Room for both segments' fields and the metadata.
+    result->fields.reserve(kUsualFieldCount);
     if (data.empty()) {
         result->setError("data string is empty");
         return result;
@@ -96,29 +101,30 @@ std::unique_ptr<ParserResult> HIBCParser::parseFields(ParserStringRef data) {
         return result;
     }
 
+    // Members go in in key order: checksum, link, primary, secondary.
     nlohmann::json metadata = nlohmann::json::object();
-    metadata["checksum"] = std::string(1, static_cast<char>(check));
+    addMember(metadata, "checksum", std::string(1, static_cast<char>(check)));
 
     if (isAsciiUpper(body[1])) {
         // A primary segment starts with the labeler's letter.
         if (const char* slash = body.find_char('/')) {
             const std::size_t at = body.offsetOf(slash);
-            metadata["primary"] = true;
-            metadata["secondary"] = true;
+            addMember(metadata, "primary", true);
+            addMember(metadata, "secondary", true);
             parsePrimary(body.first(at), *result);
             if (result->error) return result;
             parseSecondary(body.drop_front(at), *result);
         } else {
-            metadata["primary"] = true;
-            metadata["secondary"] = false;
+            addMember(metadata, "primary", true);
+            addMember(metadata, "secondary", false);
             parsePrimary(body, *result);
         }
     } else {
         // A secondary label on its own: the byte before the check ties it to
         // the primary label it belongs to.
-        metadata["primary"] = false;
-        metadata["secondary"] = true;
-        metadata["link"] = std::string(1, static_cast<char>(body.back()));
+        addMember(metadata, "link", std::string(1, static_cast<char>(body.back())));
+        addMember(metadata, "primary", false);
+        addMember(metadata, "secondary", true);
         parseSecondary(body.drop_back(1), *result);
     }
 

@@ -2,7 +2,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "common/text.h"
 #include "qvx/contract.h"
@@ -10,6 +12,21 @@
 namespace parser {
 
 namespace {
+
+// The characters in the order of their check values, 0 to 42. The order
+// follows the Code 39 modulo-43 check character table.
+constexpr std::string_view kCheckAlphabet = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ-. $/+%";
+static_assert(kCheckAlphabet.size() == 43);
+
+constexpr std::array<std::uint8_t, 256> buildCheckValues() {
+    std::array<std::uint8_t, 256> values{};  // bytes outside the set count 0
+    for (std::size_t i = 0; i < kCheckAlphabet.size(); ++i) {
+        values[static_cast<unsigned char>(kCheckAlphabet[i])] = static_cast<std::uint8_t>(i);
+    }
+    return values;
+}
+
+constexpr std::array<std::uint8_t, 256> kCheckValues = buildCheckValues();
 
 // Days in each month, common and leap years.
 constexpr std::array<int, 12> kCommonMonths = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -34,8 +51,8 @@ bool setDayOfYear(int year, int dayOfYear, nlohmann::json& date) {
         dayOfYear -= months[static_cast<std::size_t>(month)];
         ++month;
     }
-    date["month"] = month + 1;
-    date["day"] = dayOfYear;
+    addMember(date, "day", dayOfYear);
+    addMember(date, "month", month + 1);
     return true;
 }
 
@@ -78,38 +95,39 @@ bool decodeHIBCDate(ParserStringRef text, HIBCDateType type, nlohmann::json& dat
     }
     if (!isInCharset(text, Charset::Numeric)) return false;
 
+    // Members go in in key order: day, hour, month, year.
     date = nlohmann::json::object();
     switch (type) {
         case HIBCDateType::MonthYearLow:
         case HIBCDateType::MonthYearHigh:
-            date["month"] = flag * 10 + digitsValue(text, 0, 1);
-            date["year"] = digitsValue(text, 1, 2);
-            date["day"] = 1;
+            addMember(date, "day", 1);
+            addMember(date, "month", flag * 10 + digitsValue(text, 0, 1));
+            addMember(date, "year", digitsValue(text, 1, 2));
             return true;
         case HIBCDateType::MMDDYY:
-            date["month"] = digitsValue(text, 0, 2);
-            date["day"] = digitsValue(text, 2, 2);
-            date["year"] = digitsValue(text, 4, 2);
+            addMember(date, "day", digitsValue(text, 2, 2));
+            addMember(date, "month", digitsValue(text, 0, 2));
+            addMember(date, "year", digitsValue(text, 4, 2));
             return true;
         case HIBCDateType::YYMMDD:
         case HIBCDateType::YYMMDDHH:
-            date["year"] = digitsValue(text, 0, 2);
-            date["month"] = digitsValue(text, 2, 2);
-            date["day"] = digitsValue(text, 4, 2);
-            if (type == HIBCDateType::YYMMDDHH) date["hour"] = digitsValue(text, 6, 2);
+            addMember(date, "day", digitsValue(text, 4, 2));
+            if (type == HIBCDateType::YYMMDDHH) addMember(date, "hour", digitsValue(text, 6, 2));
+            addMember(date, "month", digitsValue(text, 2, 2));
+            addMember(date, "year", digitsValue(text, 0, 2));
             return true;
         case HIBCDateType::YYJJJ:
         case HIBCDateType::YYJJJHH: {
             const int year = digitsValue(text, 0, 2);
-            date["year"] = year;
             if (!setDayOfYear(year, digitsValue(text, 2, 3), date)) return false;
-            if (type == HIBCDateType::YYJJJHH) date["hour"] = digitsValue(text, 5, 2);
+            if (type == HIBCDateType::YYJJJHH) addMember(date, "hour", digitsValue(text, 5, 2));
+            addMember(date, "year", year);
             return true;
         }
         case HIBCDateType::YYYYMMDD:
-            date["year"] = digitsValue(text, 0, 4);
-            date["month"] = digitsValue(text, 4, 2);
-            date["day"] = digitsValue(text, 6, 2);
+            addMember(date, "day", digitsValue(text, 6, 2));
+            addMember(date, "month", digitsValue(text, 4, 2));
+            addMember(date, "year", digitsValue(text, 0, 4));
             return true;
         case HIBCDateType::NoDate:
             break;
@@ -118,33 +136,14 @@ bool decodeHIBCDate(ParserStringRef text, HIBCDateType type, nlohmann::json& dat
 }
 
 int hibcCharValue(unsigned char byte) noexcept {
-    if (byte >= '0' && byte <= '9') return byte - '0';
-    if (isAsciiUpper(byte)) return byte - 'A' + 10;
-    switch (byte) {
-        case '-':
-            return 36;
-        case '.':
-            return 37;
-        case ' ':
-            return 38;
-        case '$':
-            return 39;
-        case '/':
-            return 40;
-        case '+':
-            return 41;
-        case '%':
-            return 42;
-        default:
-            return 0;
-    }
+    return kCheckValues[byte];
 }
 
 int hibcCheckValue(ParserStringRef text) noexcept {
-    int sum = 0;
-    for (const char c : text.view())
-        sum = (sum + hibcCharValue(static_cast<unsigned char>(c))) % 43;
-    return sum;
+    // At most 42 a byte: a size_t sum cannot wrap before the modulo.
+    std::size_t sum = 0;
+    for (const char c : text.view()) sum += kCheckValues[static_cast<unsigned char>(c)];
+    return static_cast<int>(sum % 43);
 }
 
 }  // namespace parser

@@ -8,8 +8,9 @@
 
 namespace parser {
 
-// The flag that names a date layout. In a secondary segment the flag is one
-// digit; the additional segments use YYYYMMDD, which has no digit of its own.
+// Flags follow the expiration date formats of the HIBC Supplier Labeling
+// Standard. In a secondary segment the flag is one digit; the additional
+// segments use YYYYMMDD, which has no digit of its own.
 enum class HIBCDateType : int {
     MonthYearLow = 0,   // MYY, months 1-9 (the flag is the month's tens digit)
     MonthYearHigh = 1,  // MYY, months 10-12

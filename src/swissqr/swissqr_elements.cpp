@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string_view>
 #include <utility>
-
-#include "common/date.h"
 
 namespace parser::swissqr {
 
@@ -21,6 +18,13 @@ constexpr std::string_view kTrailer = "EPD";
 
 // ---- Field makers ----
 
+// The value of a few digits already known to be digits.
+int digitsValue(ParserStringRef digits) {
+    int value = 0;
+    for (const char c : digits.view()) value = value * 10 + (c - '0');
+    return value;
+}
+
 bool plainField(ParserResult& result, std::string name, ParserStringRef line,
                 std::shared_ptr<ParserIssue> pending) {
     result.addField(std::move(name), line.str(), line.str(), std::move(pending));
@@ -30,7 +34,7 @@ bool plainField(ParserResult& result, std::string name, ParserStringRef line,
 bool integerField(ParserResult& result, std::string name, ParserStringRef line,
                   std::shared_ptr<ParserIssue> pending) {
     int value = 0;
-    if (!readInt(line.str(), value)) {
+    if (!readInt(line.view(), value)) {
         result.error = ParserIssue::elementWrongCharset(name, line.str(), "numeric");
         return false;
     }
@@ -44,19 +48,18 @@ bool dateField(ParserResult& result, std::string name, ParserStringRef line,
                std::shared_ptr<ParserIssue> pending) {
     nlohmann::json parsed;  // null for an empty line
     if (!line.empty()) {
-        std::optional<int> year;
-        std::optional<int> month;
-        std::optional<int> day;
-        if (line.size() == 10 && line[4] == '-' && line[7] == '-') {
-            year = readDigits(line.first(4));
-            month = readDigits(line.slice(5, 7));
-            day = readDigits(line.slice(8, 10));
-        }
-        if (!year || !month || !day) {
+        const bool shaped = line.size() == 10 && line[4] == '-' && line[7] == '-' &&
+                            isInCharset(line.first(4), Charset::Numeric) &&
+                            isInCharset(line.slice(5, 7), Charset::Numeric) &&
+                            isInCharset(line.slice(8, 10), Charset::Numeric);
+        if (!shaped) {
             result.error = ParserIssue::invalidDate();
             return false;
         }
-        parsed = {{"year", *year}, {"month", *month}, {"day", *day}};
+        parsed = nlohmann::json::object();
+        parsed["year"] = digitsValue(line.first(4));
+        parsed["month"] = digitsValue(line.slice(5, 7));
+        parsed["day"] = digitsValue(line.slice(8, 10));
     }
     result.addField(std::move(name), line.str(), std::move(parsed), std::move(pending));
     return true;
@@ -129,6 +132,8 @@ constexpr Row address(Versions versions, const char* prefix) {
     return Row{prefix, nullptr, nullptr, 0, versions, M, false, kAny, AddressPart::None, true};
 }
 
+// Rows follow the data element tables of the Swiss Implementation Guidelines
+// for the QR-bill, versions 1 and 2.
 // Each of the three parties of a bill: version 1 knows only structured
 // addresses, version 2 adds the type line and lets the street lines hold a
 // free-form address instead.

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "common/date.h"
 #include "common/options.h"
 #include "common/text.h"
 #include "swissqr/swissqr_elements.h"
@@ -30,8 +28,6 @@ constexpr std::size_t kVersionLine = 1;
 constexpr std::size_t kAlternativeElements = 1;
 constexpr std::size_t kMostAlternativeProcedures = 2;
 constexpr std::int32_t kSupportedMinimalVersions[] = {100, 200, 210};
-
-using ReportIssue = std::function<void(const std::shared_ptr<ParserIssue>&)>;
 
 struct Settings {
     std::int32_t minimalVersion;
@@ -58,35 +54,55 @@ bool mayBeEmpty(const Element& element, const std::vector<ParserStringRef>& line
     return false;
 }
 
+// The pieces of `text` between '\n' bytes, into `lines`; returns how many of
+// the line ends are "\r\n". The '\r' stays on its line.
+std::size_t splitAtLineFeeds(ParserStringRef text, std::vector<ParserStringRef>& lines) {
+    const std::string_view bytes = text.view();
+    std::size_t crlf = 0;
+    std::size_t start = 0;
+    for (std::size_t at = bytes.find('\n'); at != std::string_view::npos;
+         at = bytes.find('\n', start)) {
+        if (at > 0 && bytes[at - 1] == '\r') ++crlf;
+        lines.emplace_back(bytes.data() + start, bytes.data() + at);
+        start = at + 1;
+    }
+    lines.emplace_back(bytes.data() + start, bytes.data() + bytes.size());
+    return crlf;
+}
+
 void readBill(ParserStringRef input, const Settings& settings, ParserResult& result) {
     const bool strict = settings.strictMode;
-    const ReportIssue report = [&result](const std::shared_ptr<ParserIssue>& issue) {
-        result.addWarning(issue);
-    };
 
     if (input.size() < kShortestCode) return fail(result, ParserIssue::stringTooShort());
     if (!input.starts_with(kCodeStart)) {
         return fail(result, ParserIssue::wrongStartingCharacters(input.first(3).str()));
     }
 
+    // Room for every line of a bill, and for the blank ones added below.
+    std::vector<ParserStringRef> lines;
+    lines.reserve(
+        std::max(swissqr::elementsForVersion('1').size(), swissqr::elementsForVersion('2').size()) +
+        kMostAlternativeProcedures);
+    const std::size_t crlf = splitAtLineFeeds(input, lines);
     // Every "\r\n" holds a "\n": equal counts mean CRLF throughout.
-    const std::size_t crlf = countOccurrences(input, "\r\n");
-    const std::size_t lf = countOccurrences(input, "\n");
+    const std::size_t lf = lines.size() - 1;
     if (lf == 0) return fail(result, ParserIssue::invalidSeparation());
     ParserStringRef text = input;
-    std::string_view separator = crlf == lf ? "\r\n" : "\n";
     std::string withoutCarriageReturns;
-    if (crlf > 0 && crlf != lf) {
+    if (crlf == lf) {
+        for (std::size_t i = 0; i < lf; ++i) lines[i] = lines[i].drop_back(1);
+    } else if (crlf > 0) {
         if (strict) return fail(result, ParserIssue::invalidSeparation());
         // Bills pasted between systems pick up mixed line ends.
-        report(ParserIssue::invalidSeparation());
+        result.addWarning(ParserIssue::invalidSeparation());
         withoutCarriageReturns = input.str();
         withoutCarriageReturns.erase(
             std::remove(withoutCarriageReturns.begin(), withoutCarriageReturns.end(), '\r'),
             withoutCarriageReturns.end());
         text = ParserStringRef(withoutCarriageReturns);
+        lines.clear();
+        splitAtLineFeeds(text, lines);
     }
-    std::vector<ParserStringRef> lines = splitBySubstring(text, separator);
 
     // A line end was found, so the version line exists.
     const ParserStringRef versionLine = lines[kVersionLine];
@@ -96,12 +112,13 @@ void readBill(ParserStringRef input, const Settings& settings, ParserResult& res
         return fail(result, ParserIssue::elementWrongCharset("Version", versionLine.str(),
                                                              charsetName(Charset::Numeric)));
     }
-    const std::optional<int> version = readDigits(versionLine);
-    if (!version) {
+    // Digits only by now: readInt fails on nothing but overflow.
+    int version = 0;
+    if (!readInt(versionLine.view(), version)) {
         return fail(result, ParserIssue::unsupportedVersion("-1", settings.minimalVersion));
     }
-    if (elements.empty() || *version < settings.minimalVersion) {
-        return fail(result, ParserIssue::unsupportedVersion(std::to_string(*version),
+    if (elements.empty() || version < settings.minimalVersion) {
+        return fail(result, ParserIssue::unsupportedVersion(std::to_string(version),
                                                             settings.minimalVersion));
     }
 
@@ -115,9 +132,10 @@ void readBill(ParserStringRef input, const Settings& settings, ParserResult& res
     const std::size_t lastElement = elements.size() - 1;
     if (lines.size() + kAlternativeElements - elements.size() > kMostAlternativeProcedures) {
         if (strict) return fail(result, ParserIssue::tooManyAlternativeProcedures());
-        report(ParserIssue::tooManyAlternativeProcedures());
+        result.addWarning(ParserIssue::tooManyAlternativeProcedures());
     }
 
+    result.fields.reserve(lines.size());
     bool combinedAddress = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const Element& element = elements[std::min(i, lastElement)];
@@ -127,8 +145,15 @@ void readBill(ParserStringRef input, const Settings& settings, ParserResult& res
         if (element.addressPart == AddressPart::Type) combinedAddress = line.view() == "K";
 
         const swissqr::LineContext context{strict, combinedAddress, mayBeEmpty(element, lines)};
-        std::string name = element.name;
-        if (i >= lastElement) name += "/" + std::to_string(i - lastElement + 1);
+        std::string name;
+        if (i < lastElement) {
+            name = element.name;
+        } else {
+            // Alternative procedures are numbered from 1.
+            const std::string number = std::to_string(i - lastElement + 1);
+            name.reserve(element.name.size() + 1 + number.size());
+            name.append(element.name).append(1, '/').append(number);
+        }
         if (!swissqr::readLine(element, std::move(name), line, context, result)) return;
 
         // The address type covers its own address only, up to the country.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -17,7 +18,8 @@ namespace {
 constexpr std::size_t kVinLength = 17;
 constexpr std::size_t kCheckDigitPosition = 8;
 
-// Position 8 carries no weight: it is the check digit itself.
+// Weights and letter values follow the check digit tables of 49 CFR 565, the
+// North American VIN rule. Position 8 carries no weight: it is the check digit itself.
 constexpr std::array<int, kVinLength> kCheckDigitWeights = {8, 7, 6, 5, 4, 3, 2, 10, 0,
                                                             9, 8, 7, 6, 5, 4, 3, 2};
 
@@ -26,6 +28,7 @@ constexpr std::array<int, kVinLength> kCheckDigitWeights = {8, 7, 6, 5, 4, 3, 2,
 constexpr std::string_view kTransliteration = "0123456789.ABCDEFGH..JKLMN.P.R..STUVWXYZ";
 static_assert(kTransliteration.size() == 40);
 
+// Codes follow the model year table of ISO 3779 and 49 CFR 565.
 // The model-year code cycles every 30 years: index i stands for 1980 + i and 2010 + i.
 constexpr std::string_view kModelYearCodes = "ABCDEFGHJKLMNPRSTVWXY123456789";
 static_assert(kModelYearCodes.size() == 30);
@@ -39,6 +42,8 @@ struct RegionBound {
     const char* region = nullptr;
 };
 
+// Rows follow the SAE world manufacturer identifier region and country code
+// allocation under ISO 3780.
 // The first character picks a row; the second picks the first range whose
 // bound is not below it. Digits sort below letters, so a row reads 0-9 then A-Z.
 struct RegionRow {
@@ -132,11 +137,20 @@ char compensate(char c) {
     }
 }
 
+constexpr std::array<std::uint8_t, 256> buildTransliterationValues() {
+    // Bytes outside the table count 0; a VIN that passed the charset test has none.
+    std::array<std::uint8_t, 256> values{};
+    for (std::size_t i = 0; i < kTransliteration.size(); ++i) {
+        if (kTransliteration[i] == '.') continue;
+        values[static_cast<unsigned char>(kTransliteration[i])] = static_cast<std::uint8_t>(i % 10);
+    }
+    return values;
+}
+
+constexpr std::array<std::uint8_t, 256> kTransliterationValues = buildTransliterationValues();
+
 int transliterate(char c) {
-    const std::size_t index = kTransliteration.find(c);
-    // Unreachable for a VIN that passed the charset test.
-    if (index == std::string_view::npos) return 0;
-    return static_cast<int>(index % 10);
+    return kTransliterationValues[static_cast<unsigned char>(c)];
 }
 
 bool checkDigitMatches(std::string_view vin) {
@@ -202,8 +216,12 @@ nlohmann::json modelYear(char code) {
     const std::size_t index = kModelYearCodes.find(code);
     if (index == std::string_view::npos) return nullptr;
     const int offset = static_cast<int>(index);
-    return nlohmann::json::array(
-        {kModelYearBase + offset, kModelYearBase + kModelYearCycle + offset});
+    nlohmann::json years(nlohmann::json::value_t::array);
+    auto& both = years.get_ref<nlohmann::json::array_t&>();
+    both.reserve(2);
+    both.emplace_back(kModelYearBase + offset);
+    both.emplace_back(kModelYearBase + kModelYearCycle + offset);
+    return years;
 }
 
 // Label scans wrap the number in noise: a caption such as "VIN " before it,
@@ -270,30 +288,35 @@ std::unique_ptr<ParserResult> VinParser::parse(ParserStringRef input) {
 
     const Standard standard = standardOf(vin[0]);
     const bool smallMaker = vin[2] == '9';
-    const std::string wmi(vin.substr(0, 3));
-    const std::string makerSuffix(vin.substr(11, 3));
+    const std::string_view wmi = vin.substr(0, 3);
+    const std::string_view makerSuffix = vin.substr(11, 3);
+    result->fields.reserve(4);
 
+    // Members go in in key order.
     nlohmann::json wmiValue = nlohmann::json::object();
-    wmiValue["fullCode"] = smallMaker ? wmi + makerSuffix : wmi;
-    wmiValue["numberOfVehicles"] = numberOfVehicles(standard, smallMaker);
-    wmiValue["region"] =
-        regionOf(static_cast<unsigned char>(vin[0]), static_cast<unsigned char>(vin[1]));
-    result->addField("WMI", wmi, std::move(wmiValue));
+    std::string fullCode(wmi);
+    if (smallMaker) fullCode.append(makerSuffix);
+    addMember(wmiValue, "fullCode", std::move(fullCode));
+    addMember(wmiValue, "numberOfVehicles", numberOfVehicles(standard, smallMaker));
+    addMember(wmiValue, "region",
+              regionOf(static_cast<unsigned char>(vin[0]), static_cast<unsigned char>(vin[1])));
+    result->addField("WMI", std::string(wmi), std::move(wmiValue));
 
-    const std::string vds(vin.substr(3, 5));
-    result->addField("VDS", vds, vds);
+    const std::string_view vds = vin.substr(3, 5);
+    result->addField("VDS", std::string(vds), std::string(vds));
 
     nlohmann::json visValue = nlohmann::json::object();
-    visValue["modelYear"] = modelYear(vin[9]);
-    visValue["plant"] = std::string(1, vin[10]);
-    visValue["serialNumber"] = std::string(vin.substr(11, 6));
-    visValue["wmiSuffix"] = smallMaker ? nlohmann::json(makerSuffix) : nlohmann::json(nullptr);
+    addMember(visValue, "modelYear", modelYear(vin[9]));
+    addMember(visValue, "plant", std::string(1, vin[10]));
+    addMember(visValue, "serialNumber", std::string(vin.substr(11, 6)));
+    addMember(visValue, "wmiSuffix",
+              smallMaker ? nlohmann::json(std::string(makerSuffix)) : nlohmann::json(nullptr));
     result->addField("VIS", std::string(vin.substr(9, 8)), std::move(visValue));
 
     nlohmann::json metadata = nlohmann::json::object();
-    metadata["checksum"] = std::string(1, vin[kCheckDigitPosition]);
-    metadata["passedChecksum"] = passedChecksum;
-    metadata["standard"] = standardName(standard);
+    addMember(metadata, "checksum", std::string(1, vin[kCheckDigitPosition]));
+    addMember(metadata, "passedChecksum", passedChecksum);
+    addMember(metadata, "standard", standardName(standard));
     result->addField("metadata", std::string(), std::move(metadata));
 
     return result;

@@ -14,6 +14,7 @@ using nlohmann::json;
 
 std::vector<std::string> strings(const std::vector<ParserStringRef>& refs) {
     std::vector<std::string> out;
+    out.reserve(refs.size());
     for (ParserStringRef r : refs) out.push_back(r.str());
     return out;
 }
@@ -56,6 +57,27 @@ TEST(CharsetTest, Ranges) {
                              std::vector<Charset>{Charset::Alphanumeric, Charset::DlidSpecial}));
     EXPECT_TRUE(isCharInAnyCharset('$', {Charset::Numeric, Charset::General}));
     EXPECT_FALSE(isCharInAnyCharset('$', std::vector<Charset>{Charset::DlidSpecial}));
+}
+
+TEST(CharsetTest, RangeAgreesWithBytes) {
+    // A range belongs to a set exactly when each of its bytes does, the bytes
+    // of an unknown set included.
+    for (int set = 0; set <= 8; ++set) {
+        const auto charset = static_cast<Charset>(set);
+        int member = 0;
+        while (member < 255 && !isCharInCharset(static_cast<unsigned char>(member), charset)) {
+            ++member;
+        }
+        for (int b = 0; b < 256; ++b) {
+            const std::string one(1, static_cast<char>(b));
+            const std::string last = std::string(2, static_cast<char>(member)) + one;
+            const bool expected = isCharInCharset(static_cast<unsigned char>(b), charset);
+            EXPECT_EQ(isInCharset(ParserStringRef(one), charset), expected) << set << ' ' << b;
+            EXPECT_EQ(isInCharset(ParserStringRef(last), charset),
+                      expected && isCharInCharset(static_cast<unsigned char>(member), charset))
+                << set << ' ' << b;
+        }
+    }
 }
 
 TEST(CharsetDeathTest, EmptyListAborts) {
@@ -155,6 +177,17 @@ TEST(TextTest, SplitToJsonArray) {
     EXPECT_EQ(splitToJsonArray(" a , b", ',', false), json({" b", " a "}));
     EXPECT_EQ(splitToJsonArray("a,", ',', false), json::array({"a"}));
     EXPECT_TRUE(splitToJsonArray("", ',', false).is_null());
+    EXPECT_EQ(splitToJsonArray(",a", ',', false), json({"a", ""}));
+    EXPECT_EQ(splitToJsonArray(",,", ',', false), json({"", ""}));
+    EXPECT_EQ(splitToJsonArray(" , ", ',', true), json({"", ""}));
+    EXPECT_EQ(splitToJsonArray("a b", ',', true), json::array({"a b"}));
+}
+
+TEST(TextTest, AddMemberInAnyOrder) {
+    // Members in key order go in at the end; others still land in place.
+    json object = json::object();
+    for (const char* key : {"b", "d", "a", "c", "e"}) addMember(object, key, key);
+    EXPECT_EQ(object.dump(), R"({"a":"a","b":"b","c":"c","d":"d","e":"e"})");
 }
 
 TEST(TextTest, IntFieldValue) {
@@ -162,11 +195,16 @@ TEST(TextTest, IntFieldValue) {
         const char* text;
         json value;
     };
+    // clang-format off
     const Case cases[] = {
         {"42", 42},       {" \t007", 7},    {"2147483647", INT_MAX}, {"", nullptr},
         {"   ", nullptr}, {"+1", nullptr},  {"-1", nullptr},         {"4 2", nullptr},
         {"42 ", nullptr}, {"1.5", nullptr}, {"2147483648", nullptr},
+        // Every C white-space byte may lead; a non-breaking space (0xA0) may not.
+        {"\v\f\r\n 5", 5}, {"\xA0\x35", nullptr}, {"00000000000000000042", 42},
+        {"99999999999999999999", nullptr}, {"- 1", nullptr}, {"0", 0},
     };
+    // clang-format on
     for (const Case& c : cases) EXPECT_EQ(intFieldValue(c.text), c.value) << c.text;
 }
 
@@ -177,14 +215,19 @@ TEST(TextTest, BooleanFieldValue) {
 }
 
 TEST(TextTest, ReadInt) {
+    // clang-format off
     const std::pair<const char*, int> accepted[] = {
-        {"12", 12}, {" 12", 12}, {"+7", 7}, {"-7", -7}, {"-2147483648", INT_MIN}};
+        {"12", 12}, {" 12", 12}, {"+7", 7}, {"-7", -7}, {"-2147483648", INT_MIN},
+        {"\t\n\v\f\r9", 9}, {"+007", 7}, {"-0", 0}, {"2147483647", INT_MAX}};
     for (const auto& [text, expected] : accepted) {
         int value = 0;
         EXPECT_TRUE(readInt(text, value)) << text;
         EXPECT_EQ(value, expected) << text;
     }
-    for (const char* text : {"12x", "12 ", "", "x", "2147483648", "1,000", "0x1F"}) {
+    for (const char* text : {"12x", "12 ", "", "x", "2147483648", "1,000", "0x1F", "+", "-", " ",
+                             "+-5", "-+5", "- 5", "++5", "-2147483649", "99999999999999999999",
+                             "\xA0\x35", "1e3"}) {
+        // clang-format on
         int value = 0;
         EXPECT_FALSE(readInt(text, value)) << text;
     }
