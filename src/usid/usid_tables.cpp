@@ -10,21 +10,6 @@ bool isTwoDigitCode(std::string_view code) {
     return code.size() == 2 && code[0] >= '0' && code[0] <= '9' && code[1] >= '0' && code[1] <= '9';
 }
 
-// Two-digit codes compare as text in the same order as their values.
-CodePredicate codeBetween(std::string_view low, std::string_view high) {
-    return [low, high](std::string_view code) {
-        return isTwoDigitCode(code) && low <= code && code <= high;
-    };
-}
-
-CodePredicate codeIsOneOf(std::string_view first, std::string_view second) {
-    return [first, second](std::string_view code) { return code == first || code == second; };
-}
-
-CodePredicate codeIs(std::string_view only) {
-    return [only](std::string_view code) { return code == only; };
-}
-
 }  // namespace
 
 const CodedTable kSponsorFlag = {
@@ -85,15 +70,16 @@ const CodedTable kBloodType = {
 
 // Bands of the DEERS dependent suffix. A code outside every band is invalid.
 const RangeTable kDeersDependentSuffix = {
-    {codeBetween("01", "19"), "dependent child"},
-    {codeIsOneOf("00", "20"), "sponsor"},
-    {codeBetween("30", "39"), "spouse of sponsor"},
-    {codeBetween("40", "44"), "mother of sponsor"},
-    {codeBetween("45", "49"), "father of sponsor"},
-    {codeBetween("50", "54"), "mother-in-law of sponsor"},
-    {codeBetween("55", "59"), "father-in-law of sponsor"},
-    {codeBetween("60", "69"), "other dependent"},
-    {codeIs("98"), "service secretary designee"},
+    {"01", "19", "dependent child"},
+    {"00", "00", "sponsor"},
+    {"20", "20", "sponsor"},
+    {"30", "39", "spouse of sponsor"},
+    {"40", "44", "mother of sponsor"},
+    {"45", "49", "father of sponsor"},
+    {"50", "54", "mother-in-law of sponsor"},
+    {"55", "59", "father-in-law of sponsor"},
+    {"60", "69", "other dependent"},
+    {"98", "98", "service secretary designee"},
 };
 
 // clang-format off
@@ -194,8 +180,10 @@ const std::string* findText(const CodedTable& table, std::string_view code) {
 }
 
 const std::string* findText(const RangeTable& table, std::string_view code) {
+    if (!isTwoDigitCode(code)) return nullptr;
+    // Two-digit codes compare as text in the same order as their values.
     for (const auto& row : table) {
-        if (row.first(code)) return &row.second;
+        if (row.low <= code && code <= row.high) return &row.text;
     }
     return nullptr;
 }

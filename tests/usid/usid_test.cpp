@@ -28,14 +28,19 @@ TEST(UsidTables, LookupsAreExactAndFirstRowWins) {
 TEST(UsidReaders, CodedFieldLengthMessage) {
     const std::string text = "O+";
     ParserStringRef view(text);
-    auto outcome = parser::readCodedField(view, 3, "bloodType", kBloodType);
-    ASSERT_FALSE(outcome.ok());
-    EXPECT_EQ(outcome.error(), "bloodType should contain 3 character(s) but contain 2");
+    parser::ParserResult result;
+    parser::FieldTarget target(result);
+    parser::CardItem item{parser::readCodedField, "bloodType", 3, {&kBloodType}};
+    EXPECT_FALSE(parser::readCodedField(item, view, 3, {}, target));
+    ASSERT_TRUE(result.error);
+    EXPECT_EQ(result.error->message, "bloodType should contain 3 character(s) but contain 2");
     EXPECT_EQ(view.size(), 2u);
 
-    outcome = parser::readCodedField(view, 2, "bloodType", kBloodType);
-    ASSERT_TRUE(outcome.ok());
-    EXPECT_EQ(outcome.value().parsed, "0+");
+    parser::ParserResult read;
+    parser::FieldTarget readTarget(read);
+    EXPECT_TRUE(parser::readCodedField(item, view, 2, {}, readTarget));
+    ASSERT_EQ(read.fields.size(), 1u);
+    EXPECT_EQ(read.fields[0].parsed, "0+");
     EXPECT_TRUE(view.empty());
 }
 
