@@ -220,7 +220,15 @@ class PassReader {
                 const int dayOfYear = flight - Date{issue.year, 1, 1};
                 flight = Date{issue.year + 1, 1, 1}.addDays(dayOfYear);
             }
-            *found = dateToJson(flight);
+            // The object is the reader's date form; its members are updated in place.
+            json::object_t& date = found->get_ref<json::object_t&>();
+            date["year"] = flight.year;
+            date["month"] = flight.month;
+            if (flight.day != 0) {
+                date["day"] = flight.day;
+            } else {
+                date.erase("day");
+            }
         }
     }
 

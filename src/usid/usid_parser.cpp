@@ -1,6 +1,7 @@
 #include "usid/usid_parser.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -93,9 +94,8 @@ bool skipBytes(const CardItem& /*item*/, ParserStringRef& view, std::size_t widt
 
 bool readImage(const CardItem& item, ParserStringRef& view, std::size_t /*width*/,
                const CardContext& /*context*/, FieldTarget& target) {
-    std::string bytes = view.take_front(view.size()).str();
-    std::string encoded = base64Encode(bytes);
-    target.add(item.name, std::move(bytes), std::move(encoded));
+    const ParserStringRef bytes = view.take_front(view.size());
+    target.add(item.name, bytes, encodeBase64(bytes.view()));
     return true;
 }
 
@@ -310,6 +310,32 @@ bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t wid
     if (text == nullptr) return invalid(item, code, target);
     target.add(item.name, raw, *text);
     return true;
+}
+
+std::string encodeBase64(std::string_view bytes) {
+    static constexpr char kAlphabet[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out((bytes.size() + 2) / 3 * 4, '=');
+    const auto byte = [&bytes](std::size_t i) {
+        return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]));
+    };
+    std::size_t in = 0;
+    std::size_t at = 0;
+    for (; in + 3 <= bytes.size(); in += 3, at += 4) {
+        const std::uint32_t n = byte(in) << 16 | byte(in + 1) << 8 | byte(in + 2);
+        out[at] = kAlphabet[n >> 18 & 0x3F];
+        out[at + 1] = kAlphabet[n >> 12 & 0x3F];
+        out[at + 2] = kAlphabet[n >> 6 & 0x3F];
+        out[at + 3] = kAlphabet[n & 0x3F];
+    }
+    const std::size_t left = bytes.size() - in;
+    if (left > 0) {
+        const std::uint32_t n = byte(in) << 16 | (left == 2 ? byte(in + 1) << 8 : 0);
+        out[at] = kAlphabet[n >> 18 & 0x3F];
+        out[at + 1] = kAlphabet[n >> 12 & 0x3F];
+        if (left == 2) out[at + 2] = kAlphabet[n >> 6 & 0x3F];
+    }
+    return out;
 }
 
 std::unique_ptr<ParserResult> UsUsidParser::parse(ParserStringRef input) {

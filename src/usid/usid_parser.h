@@ -7,6 +7,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 
 #include "common/fixed_width_section.h"
 #include "qvx/bc_parser.h"
@@ -33,6 +34,11 @@ using CardItem = FixedWidthItem<CardContext, CardItemArgument>;
 // is an error of its own wording.
 bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t width,
                     const CardContext& context, FieldTarget& target);
+
+// Standard base64 with padding, the form in which the card's photo is handed
+// on. Written into a string of the final size at once: the photo runs to
+// kilobytes.
+std::string encodeBase64(std::string_view bytes);
 
 class UsUsidParser : public BcParser {
   public:

@@ -397,6 +397,33 @@ TEST(BcbpParser, FlightYearFollowsCurrentDate) {
     EXPECT_EQ(wrong, 0);
 }
 
+// A flight dated before the pass was issued belongs to the following year,
+// on the same day of the year.
+TEST(BcbpParser, FlightBeforeIssueMovesToNextYear) {
+    struct Row {
+        int referenceYear;
+        const char* flightDay;
+        const char* issued;  // year digit and day of the year
+        json flightDate;
+    };
+    const Row rows[] = {
+        {2024, "010", "4360", day(2025, 1, 10)},
+        {2024, "361", "4360", day(2024, 12, 26)},
+        {2023, "060", "3365", day(2024, 2, 29)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.flightDay);
+        const std::string pass = std::string("M1SMITH/JOHN          EXYZ789 LHRJFKBA 0117 ") +
+                                 row.flightDay + "Y023C0042 14E>6180WW" + row.issued +
+                                 "BBA 01251234560012A1251234567890 0BA BA 12345678         1PCN";
+        parser::IataBcbpParser bcbp;
+        ASSERT_TRUE(bcbp.readOptionsFromJSON({{"referenceYear", row.referenceYear}})->ok);
+        const auto result = bcbp.parse(ParserStringRef(pass));
+        ASSERT_FALSE(result->error) << result->error->message;
+        EXPECT_EQ(result->getFieldByName("legs")->parsed.at(0).at("flightDate"), row.flightDate);
+    }
+}
+
 TEST(BcbpCorpus, EveryPassParsesOrFailsCleanly) {
     const std::filesystem::path root = QVX_CORPUS_DIR "/bcbp";
     if (!std::filesystem::exists(root)) GTEST_SKIP() << "no corpus at " << root;
