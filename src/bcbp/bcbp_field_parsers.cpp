@@ -196,8 +196,8 @@ bool readPassDate(const PassItem& item, ParserStringRef& text, std::size_t width
     width = std::min(width, text.size());
     const ParserStringRef whole = text.first(width);
     const std::string_view bytes = whole.view();
-    if (!required && (allOf(bytes, [](unsigned char c) { return c == '0'; }) ||
-                      allOf(bytes, isBlank))) {
+    if (!required &&
+        (allOf(bytes, [](unsigned char c) { return c == '0'; }) || allOf(bytes, isBlank))) {
         text = text.drop_front(width);
         return true;
     }
@@ -261,8 +261,7 @@ bool readBaggageTags(const PassItem& item, ParserStringRef& text, std::size_t wi
     std::array<const char*, 3> problems{};
     std::size_t problemCount = 0;
     for (std::size_t group = 0; group < maxGroups && text.size() >= kGroupWidth; ++group) {
-        const char* problem = readBaggageGroup(text.take_front(kGroupWidth).view(),
-                                               context.version,
+        const char* problem = readBaggageGroup(text.take_front(kGroupWidth).view(), context.version,
                                                tags.get_ref<json::array_t&>());
         if (problem != nullptr) problems[problemCount++] = problem;
     }

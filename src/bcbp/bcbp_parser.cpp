@@ -108,8 +108,7 @@ constexpr std::array<PassItem, 10> repeatedItems(std::size_t fastTrackWidth) {
 }
 
 // By the width of the fast-track flag in the leg-level block.
-constexpr std::array<std::array<PassItem, 10>, 2> kRepeated = {repeatedItems(0),
-                                                                repeatedItems(1)};
+constexpr std::array<std::array<PassItem, 10>, 2> kRepeated = {repeatedItems(0), repeatedItems(1)};
 
 // One parse: what the look-ahead found and the result.
 class PassReader {
@@ -143,8 +142,7 @@ class PassReader {
     bool readLeg(ParserStringRef& text, json& legs) {
         json object = json::object();
         FieldTarget leg(result_, &object.get_ref<json::object_t&>());
-        if (!runFixedWidthSection(kLeg, text, true, context_, leg) ||
-            !readConditional(text, leg)) {
+        if (!runFixedWidthSection(kLeg, text, true, context_, leg) || !readConditional(text, leg)) {
             return false;
         }
         legs.push_back(std::move(object));

@@ -45,8 +45,8 @@ json codeValue(ParserStringRef code) {
 
 // The shared start of every table lookup: the length test, then the bytes
 // with trailing blanks cut. Returns false once the error is set.
-bool takeCode(const CardItem& item, ParserStringRef& view, std::size_t width,
-              FieldTarget& target, ParserStringRef& raw, ParserStringRef& code) {
+bool takeCode(const CardItem& item, ParserStringRef& view, std::size_t width, FieldTarget& target,
+              ParserStringRef& raw, ParserStringRef& code) {
     if (view.size() < width) {
         return target.fail(lengthMismatchMessage(item.name, width, view.size()));
     }

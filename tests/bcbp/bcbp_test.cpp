@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "bcbp/bcbp_field_parsers.h"
+#include "bcbp/bcbp_parser.h"
 #include "common/date.h"
 #include "common/fixed_width_section.h"
-#include "bcbp/bcbp_parser.h"
 #include "common/option_extractors.h"
 
 namespace {
@@ -120,8 +120,7 @@ TEST(BcbpDate, JulianDatesAndYearDigitWindow) {
 TEST(BcbpDate, OptionalDatesVanishAndBadDigitsFail) {
     const parser::PassItemArgument optional{parser::PassCharacters::Any, true};
     for (const std::string empty : {"0000", "    "}) {
-        const Read read =
-            run(parser::readPassDate, empty + "X", 4, optional, inYear(2024, true));
+        const Read read = run(parser::readPassDate, empty + "X", 4, optional, inYear(2024, true));
         ASSERT_TRUE(read.ok);
         EXPECT_FALSE(read.added);
         EXPECT_EQ(read.left, 1u);
@@ -240,9 +239,17 @@ TEST(BcbpFields, SimpleReaders) {
 // Section sizes and the version are read as C reads hexadecimal numbers.
 TEST(BcbpFields, HexadecimalNumbers) {
     const std::pair<const char*, std::optional<long>> rows[] = {
-        {"F", 15},          {"2a", 42},        {"0F", 15},         {" 5", 5},
-        {"+5", 5},          {"-1", -1},        {"0x1F", 31},       {"", std::nullopt},
-        {"G", std::nullopt}, {"1 ", std::nullopt}, {"0x", std::nullopt},
+        {"F", 15},
+        {"2a", 42},
+        {"0F", 15},
+        {" 5", 5},
+        {"+5", 5},
+        {"-1", -1},
+        {"0x1F", 31},
+        {"", std::nullopt},
+        {"G", std::nullopt},
+        {"1 ", std::nullopt},
+        {"0x", std::nullopt},
         {"FFFFFFFFFFFFFFFFFFFF", std::nullopt},
     };
     for (const auto& [text, value] : rows) {
@@ -258,22 +265,31 @@ TEST(BcbpFields, StrictCharacters) {
         bool passes;
     };
     const Row rows[] = {
-        {C::Seat, "    ", true},          {C::Seat, "001A", true},
-        {C::Seat, "001a", true},          {C::Seat, "01A ", false},
-        {C::Seat, "ABC ", true},          {C::Seat, "  ", true},
-        {C::Seat, "0001", false},         {C::UpperOrBlanks, "YUL", true},
-        {C::UpperOrBlanks, "YU ", false}, {C::UpperOrBlanks, "yul", false},
-        {C::UpperOrBlanks, "   ", true},  {C::Digits, "014", true},
-        {C::Digits, "   ", false},        {C::DigitsOrBlanks, "   ", true},
-        {C::DigitsOrBlanks, "1 ", false}, {C::DigitsUpperBlank, "a", false},
-        {C::DigitsUpperBlank, "A 1", true}, {C::Printable, "\x7f", false},
-        {C::Printable, "M", true},        {C::Printable, " ~", true},
+        {C::Seat, "    ", true},
+        {C::Seat, "001A", true},
+        {C::Seat, "001a", true},
+        {C::Seat, "01A ", false},
+        {C::Seat, "ABC ", true},
+        {C::Seat, "  ", true},
+        {C::Seat, "0001", false},
+        {C::UpperOrBlanks, "YUL", true},
+        {C::UpperOrBlanks, "YU ", false},
+        {C::UpperOrBlanks, "yul", false},
+        {C::UpperOrBlanks, "   ", true},
+        {C::Digits, "014", true},
+        {C::Digits, "   ", false},
+        {C::DigitsOrBlanks, "   ", true},
+        {C::DigitsOrBlanks, "1 ", false},
+        {C::DigitsUpperBlank, "a", false},
+        {C::DigitsUpperBlank, "A 1", true},
+        {C::Printable, "\x7f", false},
+        {C::Printable, "M", true},
+        {C::Printable, " ~", true},
         {C::Any, "\x01", true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
-        EXPECT_EQ(parser::hasPassCharacters(ParserStringRef(row.text), row.characters),
-                  row.passes);
+        EXPECT_EQ(parser::hasPassCharacters(ParserStringRef(row.text), row.characters), row.passes);
         parser::PassContext strict;
         strict.strict = true;
         const std::string text = row.text;
@@ -283,9 +299,8 @@ TEST(BcbpFields, StrictCharacters) {
             EXPECT_EQ(read.error, "BCBP parsing error; 'f'. content failed strict check");
             // Seats and sequence numbers of an itinerary receipt are not tested.
             strict.itinerary = true;
-            EXPECT_TRUE(run(parser::readPassText, text, text.size(), {row.characters, true},
-                            strict)
-                            .ok);
+            EXPECT_TRUE(
+                run(parser::readPassText, text, text.size(), {row.characters, true}, strict).ok);
             EXPECT_FALSE(
                 run(parser::readPassText, text, text.size(), {row.characters, false}, strict).ok);
         }
