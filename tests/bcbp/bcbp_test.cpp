@@ -264,29 +264,18 @@ TEST(BcbpFields, StrictCharacters) {
         const char* text;
         bool passes;
     };
+    // clang-format off
     const Row rows[] = {
-        {C::Seat, "    ", true},
-        {C::Seat, "001A", true},
-        {C::Seat, "001a", true},
-        {C::Seat, "01A ", false},
-        {C::Seat, "ABC ", true},
-        {C::Seat, "  ", true},
-        {C::Seat, "0001", false},
-        {C::UpperOrBlanks, "YUL", true},
-        {C::UpperOrBlanks, "YU ", false},
-        {C::UpperOrBlanks, "yul", false},
-        {C::UpperOrBlanks, "   ", true},
-        {C::Digits, "014", true},
-        {C::Digits, "   ", false},
-        {C::DigitsOrBlanks, "   ", true},
-        {C::DigitsOrBlanks, "1 ", false},
-        {C::DigitsUpperBlank, "a", false},
-        {C::DigitsUpperBlank, "A 1", true},
-        {C::Printable, "\x7f", false},
-        {C::Printable, "M", true},
-        {C::Printable, " ~", true},
-        {C::Any, "\x01", true},
+        {C::Seat, "    ", true}, {C::Seat, "001A", true}, {C::Seat, "001a", true},
+        {C::Seat, "01A ", false}, {C::Seat, "ABC ", true}, {C::Seat, "  ", true},
+        {C::Seat, "0001", false}, {C::UpperOrBlanks, "YUL", true}, {C::UpperOrBlanks, "YU ", false},
+        {C::UpperOrBlanks, "yul", false}, {C::UpperOrBlanks, "   ", true}, {C::Digits, "014", true},
+        {C::Digits, "   ", false}, {C::DigitsOrBlanks, "   ", true},
+        {C::DigitsOrBlanks, "1 ", false}, {C::DigitsUpperBlank, "a", false},
+        {C::DigitsUpperBlank, "A 1", true}, {C::Printable, "\x7f", false},
+        {C::Printable, "M", true}, {C::Printable, " ~", true}, {C::Any, "\x01", true},
     };
+    // clang-format on
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(parser::hasPassCharacters(ParserStringRef(row.text), row.characters), row.passes);
