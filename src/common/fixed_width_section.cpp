@@ -14,8 +14,7 @@ ParsedField* FieldTarget::add(const char* name, ParserStringRef raw, nlohmann::j
         members_->insert_or_assign(name, std::move(value));
         return nullptr;
     }
-    result_.addField(name, raw.str(), std::move(value), issueText);
-    return &result_.fields.back();
+    return &result_.fields.emplace_back(name, raw.str(), std::move(value), issueText);
 }
 
 ParsedField* FieldTarget::add(const char* name, std::string&& raw, nlohmann::json value,
@@ -24,8 +23,7 @@ ParsedField* FieldTarget::add(const char* name, std::string&& raw, nlohmann::jso
         members_->insert_or_assign(name, std::move(value));
         return nullptr;
     }
-    result_.addField(name, std::move(raw), std::move(value), issueText);
-    return &result_.fields.back();
+    return &result_.fields.emplace_back(name, std::move(raw), std::move(value), issueText);
 }
 
 bool FieldTarget::fail(const std::string& message) {

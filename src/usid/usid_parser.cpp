@@ -72,8 +72,9 @@ bool readHeader(const CardItem& /*item*/, ParserStringRef& view, std::size_t wid
     }
     json header = json::object();
     auto& members = header.get_ref<json::object_t&>();
-    members.emplace("identificationCode", bytes.first(4).str());
-    members.emplace("version", numberOrNull(bytes.slice(4, 5)));
+    // Members are added in key order, each behind the last.
+    members.emplace_hint(members.end(), "identificationCode", bytes.first(4).str());
+    members.emplace_hint(members.end(), "version", numberOrNull(bytes.slice(4, 5)));
     target.add("header", ParserStringRef(), std::move(header));
     return true;
 }
@@ -119,8 +120,8 @@ bool readDescribedField(const CardItem& item, ParserStringRef& view, std::size_t
     if (text == nullptr) return invalid(item, code, target);
     json value = json::object();
     auto& members = value.get_ref<json::object_t&>();
-    members.emplace("code", codeValue(code));
-    members.emplace("description", *text);
+    members.emplace_hint(members.end(), "code", codeValue(code));
+    members.emplace_hint(members.end(), "description", *text);
     target.add(item.name, raw, std::move(value));
     return true;
 }
@@ -174,9 +175,9 @@ bool readDate(const CardItem& item, ParserStringRef& view, std::size_t width,
         if (day && month > 0 && year) {
             value = json::object();
             auto& members = value.get_ref<json::object_t&>();
-            members.emplace("year", *year);
-            members.emplace("month", month);
-            members.emplace("day", *day);
+            members.emplace_hint(members.end(), "day", *day);
+            members.emplace_hint(members.end(), "month", month);
+            members.emplace_hint(members.end(), "year", *year);
         }
     }
     target.add(item.name, raw, std::move(value));
