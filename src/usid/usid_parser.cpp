@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,18 @@ constexpr std::size_t kDateLength = 9;
 constexpr std::size_t kNameLength = 27;
 // The header, the sponsor flag and the 28 fields of either list.
 constexpr std::size_t kMostFields = 30;
+
+// The base64 digits of every 12 bits, two characters per entry: the photo,
+// which runs to kilobytes, takes one lookup per two digits.
+constexpr std::array<char, 2 * 4096> kBase64Pairs = [] {
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::array<char, 2 * 4096> pairs{};
+    for (std::size_t bits = 0; bits < 4096; ++bits) {
+        pairs[2 * bits] = kDigits[bits >> 6];
+        pairs[2 * bits + 1] = kDigits[bits & 0x3F];
+    }
+    return pairs;
+}();
 
 ParserStringRef trimTrailing(ParserStringRef text) {
     std::string_view kept = text.view();
@@ -314,29 +327,24 @@ bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t wid
 }
 
 std::string encodeBase64(std::string_view bytes) {
-    static constexpr char kAlphabet[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out((bytes.size() + 2) / 3 * 4, '=');
+    std::string encoded((bytes.size() + 2) / 3 * 4, '=');
     const auto byte = [&bytes](std::size_t i) {
         return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]));
     };
+    char* out = encoded.data();
     std::size_t in = 0;
-    std::size_t at = 0;
-    for (; in + 3 <= bytes.size(); in += 3, at += 4) {
+    for (; in + 3 <= bytes.size(); in += 3, out += 4) {
         const std::uint32_t n = byte(in) << 16 | byte(in + 1) << 8 | byte(in + 2);
-        out[at] = kAlphabet[n >> 18 & 0x3F];
-        out[at + 1] = kAlphabet[n >> 12 & 0x3F];
-        out[at + 2] = kAlphabet[n >> 6 & 0x3F];
-        out[at + 3] = kAlphabet[n & 0x3F];
+        std::memcpy(out, &kBase64Pairs[2 * (n >> 12)], 2);
+        std::memcpy(out + 2, &kBase64Pairs[2 * (n & 0xFFF)], 2);
     }
     const std::size_t left = bytes.size() - in;
     if (left > 0) {
         const std::uint32_t n = byte(in) << 16 | (left == 2 ? byte(in + 1) << 8 : 0);
-        out[at] = kAlphabet[n >> 18 & 0x3F];
-        out[at + 1] = kAlphabet[n >> 12 & 0x3F];
-        if (left == 2) out[at + 2] = kAlphabet[n >> 6 & 0x3F];
+        std::memcpy(out, &kBase64Pairs[2 * (n >> 12)], 2);
+        if (left == 2) out[2] = kBase64Pairs[2 * (n & 0xFFF)];
     }
-    return out;
+    return encoded;
 }
 
 std::unique_ptr<ParserResult> UsUsidParser::parse(ParserStringRef input) {
