@@ -24,9 +24,10 @@ constexpr std::size_t kMostFields = 30;
 
 // The base64 digits of every 12 bits, two characters per entry: the photo,
 // which runs to kilobytes, takes one lookup per two digits.
-constexpr std::array<char, 2 * 4096> kBase64Pairs = [] {
+constexpr std::size_t kPairTableSize = std::size_t{2} << 12;
+constexpr std::array<char, kPairTableSize> kBase64Pairs = [] {
     constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::array<char, 2 * 4096> pairs{};
+    std::array<char, kPairTableSize> pairs{};
     for (std::size_t bits = 0; bits < 4096; ++bits) {
         pairs[2 * bits] = kDigits[bits >> 6];
         pairs[2 * bits + 1] = kDigits[bits & 0x3F];
