@@ -35,6 +35,11 @@ constexpr std::array<char, kPairTableSize> kBase64Pairs = [] {
     return pairs;
 }();
 
+// The two digits of the 12 bits `bits`.
+const char* digitPair(std::uint32_t bits) {
+    return &kBase64Pairs[std::size_t{2} * bits];
+}
+
 ParserStringRef trimTrailing(ParserStringRef text) {
     std::string_view kept = text.view();
     while (!kept.empty() && isCSpace(static_cast<unsigned char>(kept.back()))) {
@@ -336,14 +341,14 @@ std::string encodeBase64(std::string_view bytes) {
     std::size_t in = 0;
     for (; in + 3 <= bytes.size(); in += 3, out += 4) {
         const std::uint32_t n = byte(in) << 16 | byte(in + 1) << 8 | byte(in + 2);
-        std::memcpy(out, &kBase64Pairs[2 * (n >> 12)], 2);
-        std::memcpy(out + 2, &kBase64Pairs[2 * (n & 0xFFF)], 2);
+        std::memcpy(out, digitPair(n >> 12), 2);
+        std::memcpy(out + 2, digitPair(n & 0xFFF), 2);
     }
     const std::size_t left = bytes.size() - in;
     if (left > 0) {
         const std::uint32_t n = byte(in) << 16 | (left == 2 ? byte(in + 1) << 8 : 0);
-        std::memcpy(out, &kBase64Pairs[2 * (n >> 12)], 2);
-        if (left == 2) out[2] = kBase64Pairs[2 * (n & 0xFFF)];
+        std::memcpy(out, digitPair(n >> 12), 2);
+        if (left == 2) out[2] = *digitPair(n & 0xFFF);
     }
     return encoded;
 }
