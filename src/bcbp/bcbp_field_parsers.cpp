@@ -99,8 +99,6 @@ bool hasPassCharacters(ParserStringRef slice, PassCharacters characters) {
             return nonEmptyAllOf(text, [](unsigned char c) {
                 return isAsciiDigit(c) || isAsciiUpper(c) || c == ' ';
             });
-        case PassCharacters::DigitsOrBlanks:
-            return nonEmptyAllOf(text, isAsciiDigit) || nonEmptyAllOf(text, isBlank);
         case PassCharacters::UpperOrBlanks:
             return nonEmptyAllOf(text, isAsciiUpper) || nonEmptyAllOf(text, isBlank);
         case PassCharacters::Seat:

@@ -19,7 +19,7 @@ struct PassContext {
     bool strict = false;
     // An itinerary receipt may leave seats, sequence numbers and the issue date blank.
     bool itinerary = false;
-    // The version decides how baggage tags are laid out.
+    // The version decides how baggage tags and the fast-track flag are laid out.
     int version = 0;
     // Dates carry no full year: they are placed near this one.
     int referenceYear = 0;
@@ -31,7 +31,6 @@ enum class PassCharacters : std::uint8_t {
     Printable,         // [ -~]+
     Digits,            // [0-9]+
     DigitsUpperBlank,  // [0-9A-Z ]+
-    DigitsOrBlanks,    // [0-9]+ or blanks only
     UpperOrBlanks,     // [A-Z]+ or blanks only
     Seat,              // three digits and a letter, [A-Z ]{4}, or blanks only
 };

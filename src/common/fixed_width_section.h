@@ -32,8 +32,6 @@ class FieldTarget {
     // The fatal error of the run; always returns false, for `return fail(...)`.
     bool fail(const std::string& message);
 
-    ParserResult& result() { return result_; }
-
   private:
     ParserResult& result_;
     nlohmann::json::object_t* members_;

@@ -270,8 +270,7 @@ TEST(BcbpFields, StrictCharacters) {
         {C::Seat, "01A ", false}, {C::Seat, "ABC ", true}, {C::Seat, "  ", true},
         {C::Seat, "0001", false}, {C::UpperOrBlanks, "YUL", true}, {C::UpperOrBlanks, "YU ", false},
         {C::UpperOrBlanks, "yul", false}, {C::UpperOrBlanks, "   ", true}, {C::Digits, "014", true},
-        {C::Digits, "   ", false}, {C::DigitsOrBlanks, "   ", true},
-        {C::DigitsOrBlanks, "1 ", false}, {C::DigitsUpperBlank, "a", false},
+        {C::Digits, "   ", false}, {C::DigitsUpperBlank, "a", false},
         {C::DigitsUpperBlank, "A 1", true}, {C::Printable, "\x7f", false},
         {C::Printable, "M", true}, {C::Printable, " ~", true}, {C::Any, "\x01", true},
     };
