@@ -2,16 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "bcbp/bcbp_field_parsers.h"
-#include "bcbp/bcbp_section.h"
 #include "common/date.h"
 #include "common/option_extractors.h"
 
@@ -29,10 +25,9 @@ constexpr int kFirstVersionWithFastTrack = 5;
 // The leg-level conditional items without the fast-track flag take 41
 // characters; a shorter block carries the flag as its last character.
 constexpr std::size_t kFullRepeatedBlock = 41;
-// Enough room for the fields of a whole pass and of one leg, so that neither
-// list grows field by field.
-constexpr std::size_t kPassFieldCapacity = 16;
-constexpr std::size_t kLegFieldCapacity = 24;
+// The most fields a pass has: four of the head, the legs, the version, seven
+// pass-level items and two of security data.
+constexpr std::size_t kPassFieldCapacity = 15;
 // The document type is the eighth character of the pass-level block.
 constexpr std::size_t kDocumentTypeOffset = 7;
 
@@ -59,101 +54,75 @@ LookAhead lookAhead(ParserStringRef text) {
     return ahead;
 }
 
-}  // namespace
+// The field lists. Everything that differs between passes (options, version,
+// itinerary flag, reference year) reaches the readers through the context, so
+// the lists are constants shared by every parse.
+using C = PassCharacters;
 
-// Every field list a parse may need. The look-ahead chooses among them: the
-// itinerary flag, the version (0-9; it only changes how baggage tags are read)
-// and the width of the fast-track flag in the leg-level block.
-struct BcbpFieldLists {
-    static constexpr int kVersions = 10;
+constexpr std::array<PassItem, 4> kHead = {{
+    {readPassText, "formatCode", 1, {C::Printable}},
+    {readPassCount, "numberOfLegsEncoded", 1, {}},
+    {readPassengerName, "passengerName", 20, {C::Printable}},
+    {readPassText, "electronicTicketIndicator", 1, {C::Printable}},
+}};
 
-    BcbpFieldLists(bool strictMode, int referenceYear) : strict(strictMode), year(referenceYear) {
-        const Date reference{year, 1, 1};
-        head = {
-            {textFieldParser("formatCode", strict), 1},
-            {intFieldParser("numberOfLegsEncoded", true), 1},
-            {lastNameFirstNameParser("passengerName", strict, '/'), 20},
-            {textFieldParser("electronicTicketIndicator", strict), 1},
-        };
-        for (const bool itinerary : {false, true}) {
-            legs[itinerary] = legSpecs(reference, itinerary);
-            for (int version = 0; version < kVersions; ++version) {
-                unique[itinerary][version] = uniqueSpecs(reference, itinerary, version);
-            }
-        }
-        for (const std::size_t fastTrackWidth : {0, 1}) {
-            repeated[fastTrackWidth] = repeatedSpecs(fastTrackWidth);
-        }
-    }
+// An itinerary receipt may be printed before a seat is assigned.
+constexpr std::array<PassItem, 10> kLeg = {{
+    {readPassText, "operatingCarrierPNR", 7, {C::Printable}},
+    {readPassText, "fromAirport", 3, {C::UpperOrBlanks}},
+    {readPassText, "toAirport", 3, {C::UpperOrBlanks}},
+    {readPassText, "operatingCarrierDesignator", 3, {C::Printable}},
+    {readPassText, "flightNumber", 5, {C::Printable}},
+    {readPassDate, "flightDate", 3, {}},
+    {readPassText, "compartmentCode", 1, {C::UpperOrBlanks}},
+    {readPassText, "seatNumber", 4, {C::Seat, true}},
+    {readPassText, "checkInSequenceNumber", 5, {C::Printable, true}},
+    {readPassText, "passengerStatus", 1, {C::Printable}},
+}};
 
-    bool strict;
-    int year;
-    std::vector<BcbpFieldSpec> head;
-    std::array<std::vector<BcbpFieldSpec>, 2> legs;
-    std::array<std::array<std::vector<BcbpFieldSpec>, kVersions>, 2> unique;
-    std::array<std::vector<BcbpFieldSpec>, 2> repeated;
-    BcbpFieldParser versionNumber = hexIntFieldParser("versionNumber");
-    BcbpFieldParser fastTrack = booleanFieldParser("fastTrack");
+constexpr std::array<PassItem, 7> kUnique = {{
+    {readPassText, "passengerDescription", 1, {C::DigitsUpperBlank}},
+    {readPassText, "sourceOfCheckIn", 1, {C::Printable}},
+    {readPassText, "sourceofBoardingPassIssuance", 1, {C::Printable}},
+    {readPassDate, "dateOfIssuance", 4, {C::Any, true}},
+    {readPassText, "documentType", 1, {C::Printable}},
+    {readPassText, "airlineDesignatorOfIssuer", 3, {C::Printable}},
+    {readBaggageTags, "baggageTagLicensePlateNumbers", 13, {}},
+}};
 
-  private:
-    std::vector<BcbpFieldSpec> legSpecs(Date reference, bool itinerary) const {
-        // An itinerary receipt may be printed before a seat is assigned.
-        const bool strictSeat = strict && !itinerary;
-        return {
-            {textFieldParser("operatingCarrierPNR", strict), 7},
-            {textFieldParser("fromAirport", strict), 3},
-            {textFieldParser("toAirport", strict), 3},
-            {textFieldParser("operatingCarrierDesignator", strict), 3},
-            {textFieldParser("flightNumber", strict), 5},
-            {dateFieldParser("flightDate", reference, true), 3},
-            {textFieldParser("compartmentCode", strict), 1},
-            {textFieldParser("seatNumber", strictSeat), 4},
-            {textFieldParser("checkInSequenceNumber", strictSeat), 5},
-            {textFieldParser("passengerStatus", strict), 1},
-        };
-    }
+constexpr PassItem kFastTrack = {readPassFlag, "fastTrack", 1, {}};
 
-    std::vector<BcbpFieldSpec> uniqueSpecs(Date reference, bool itinerary, int version) const {
-        return {
-            {textFieldParser("passengerDescription", strict), 1},
-            {textFieldParser("sourceOfCheckIn", strict), 1},
-            {textFieldParser("sourceofBoardingPassIssuance", strict), 1},
-            {dateFieldParser("dateOfIssuance", reference, !itinerary), 4},
-            {textFieldParser("documentType", strict), 1},
-            {textFieldParser("airlineDesignatorOfIssuer", strict), 3},
-            {baggageTagFieldParser("baggageTagLicensePlateNumbers", version), 13},
-        };
-    }
+constexpr std::array<PassItem, 10> repeatedItems(std::size_t fastTrackWidth) {
+    return {{
+        {readPassText, "airlineNumericCode", 3, {C::Digits}},
+        {readPassText, "serialNumber", 10, {C::Printable}},
+        {readPassText, "selecteeIndicator", 1, {C::Printable}},
+        {readPassText, "internationalDocumentationVerification", 1, {C::Printable}},
+        {readPassText, "marketingCarrierDesignator", 3, {C::Printable}},
+        {readPassText, "frequentFlyerAirlineDesignator", 3, {C::Printable}},
+        {readPassText, "frequentFlyerNumber", 16, {C::Printable}},
+        {readPassText, "idIndicator", 1, {C::Printable}},
+        {readPassText, "freeBaggageAllowance", 3, {C::Printable}},
+        {readPassFlag, "fastTrack", fastTrackWidth, {}},
+    }};
+}
 
-    std::vector<BcbpFieldSpec> repeatedSpecs(std::size_t fastTrackWidth) const {
-        return {
-            {textFieldParser("airlineNumericCode", strict), 3},
-            {textFieldParser("serialNumber", strict), 10},
-            {textFieldParser("selecteeIndicator", strict), 1},
-            {textFieldParser("internationalDocumentationVerification", strict), 1},
-            {textFieldParser("marketingCarrierDesignator", strict), 3},
-            {textFieldParser("frequentFlyerAirlineDesignator", strict), 3},
-            {textFieldParser("frequentFlyerNumber", strict), 16},
-            {textFieldParser("idIndicator", strict), 1},
-            {textFieldParser("freeBaggageAllowance", strict), 3},
-            {booleanFieldParser("fastTrack"), fastTrackWidth},
-        };
-    }
-};
+// By the width of the fast-track flag in the leg-level block.
+constexpr std::array<std::array<PassItem, 10>, 2> kRepeated = {repeatedItems(0), repeatedItems(1)};
 
-namespace {
-
-// One parse: the field lists, what the look-ahead found and the result.
+// One parse: what the look-ahead found and the result.
 class PassReader {
   public:
-    PassReader(const BcbpFieldLists& lists, ParserResult& result)
-        : lists_(lists), result_(result) {}
+    PassReader(const PassContext& context, ParserResult& result)
+        : context_(context), result_(result) {}
 
     void read(ParserStringRef text) {
         result_.fields.reserve(kPassFieldCapacity);
-        leg_.fields.reserve(kLegFieldCapacity);
-        ahead_ = lookAhead(text);
-        if (!runBcbpSection(lists_.head, text, true, result_)) return;
+        const LookAhead ahead = lookAhead(text);
+        context_.version = ahead.version;
+        context_.itinerary = ahead.itinerary;
+        FieldTarget pass(result_);
+        if (!runFixedWidthSection(kHead, text, true, context_, pass)) return;
         const int legCount = result_.getFieldByName("numberOfLegsEncoded")->parsed.get<int>();
         const char* legsBegin = text.begin();
         json legs = json::array();
@@ -161,103 +130,85 @@ class PassReader {
         for (int leg = 0; leg < legCount; ++leg) {
             if (!readLeg(text, legs)) return;
         }
+        resolveFlightDates(legs);
         result_.addField("legs", std::string(legsBegin, text.begin()), std::move(legs));
-        resolveFlightDates();
         checkVersion();
         readSecurityData(text);
     }
 
   private:
-    // Reads one leg into its own result, then hands its warnings, its error or
-    // its JSON object on. Returns false when the parse has to stop.
+    // Reads one leg into its JSON object. Its warnings and its error go to the
+    // result at once. Returns false when the parse has to stop.
     bool readLeg(ParserStringRef& text, json& legs) {
-        // One result serves every leg, so its field storage is allocated once.
-        ParserResult& leg = leg_;
-        leg.fields.clear();
-        leg.warnings.clear();
-        leg.error.reset();
-        const bool read = runBcbpSection(lists_.legs[ahead_.itinerary], text, true, leg) &&
-                          readConditional(text, leg);
-        for (auto& warning : leg.warnings) result_.addWarning(std::move(warning));
-        if (leg.error) {
-            result_.error = std::move(leg.error);
-            return false;
-        }
-        if (!read) return false;
         json object = json::object();
-        auto& members = object.get_ref<json::object_t&>();
-        // A later field of the same name wins, as an assignment would have it.
-        for (auto& field : leg.fields) {
-            members.insert_or_assign(std::move(field.name), std::move(field.parsed));
+        FieldTarget leg(result_, &object.get_ref<json::object_t&>());
+        if (!runFixedWidthSection(kLeg, text, true, context_, leg) || !readConditional(text, leg)) {
+            return false;
         }
         legs.push_back(std::move(object));
         return true;
     }
 
-    bool readConditional(ParserStringRef& text, ParserResult& leg) {
-        std::optional<ParserStringRef> block = readSectionSize("condition", text, leg, true);
+    bool readConditional(ParserStringRef& text, FieldTarget& leg) {
+        std::optional<ParserStringRef> block = readSectionSize("condition", text, result_, true);
         if (!block) return false;
         if (block->empty()) return true;
         // The items of the pass as a whole travel with the first conditional block.
         if (!uniqueRead_) {
             uniqueRead_ = true;
-            if (!readUnique(*block, leg)) return false;
+            if (!readUnique(*block)) return false;
         }
-        std::optional<ParserStringRef> repeated = readSectionSize("repeated", *block, leg, true);
+        std::optional<ParserStringRef> repeated =
+            readSectionSize("repeated", *block, result_, true);
         if (!repeated) return false;
         if (!repeated->empty() && !readRepeated(*repeated, leg)) return false;
-        if (!block->empty()) leg.addField("airlineInfo", block->str(), block->str());
+        if (!block->empty()) leg.add("airlineInfo", *block, block->str());
         return true;
     }
 
-    bool readUnique(ParserStringRef& block, ParserResult& leg) {
+    bool readUnique(ParserStringRef& block) {
         if (!block.consume_prefix('>')) {
-            leg.setError(bcbpFieldError("legs", "condition section did not begin with '>' marker"));
+            result_.setError(
+                bcbpFieldError("legs", "condition section did not begin with '>' marker"));
             return false;
         }
         if (block.empty()) {
-            leg.setError(bcbpFieldError("versionNumber", "Underflow before version number."));
+            result_.setError(bcbpFieldError("versionNumber", "Underflow before version number."));
             return false;
         }
-        auto version = lists_.versionNumber(block, 1);
-        if (!version.ok()) {
-            leg.setError(bcbpFieldError("versionNumber", "cannot read version number"));
+        const ParserStringRef raw = block.take_front(1);
+        const std::optional<long> version = readHexNumber(raw);
+        if (!version) {
+            result_.setError(bcbpFieldError("versionNumber", "cannot read version number"));
             return false;
         }
-        result_.addField(std::move(version.value()));
+        result_.addField("versionNumber", raw.str(), *version);
         std::optional<ParserStringRef> unique = readSectionSize("unique", block, result_, false);
         if (!unique) return false;
-        return unique->empty() || runBcbpSection(lists_.unique[ahead_.itinerary][ahead_.version],
-                                                 *unique, true, result_);
+        FieldTarget pass(result_);
+        return unique->empty() || runFixedWidthSection(kUnique, *unique, true, context_, pass);
     }
 
-    bool readRepeated(ParserStringRef block, ParserResult& leg) {
-        const bool withFastTrack = ahead_.version >= kFirstVersionWithFastTrack;
+    bool readRepeated(ParserStringRef block, FieldTarget& leg) {
+        const bool withFastTrack = context_.version >= kFirstVersionWithFastTrack;
         std::size_t fastTrackWidth = withFastTrack ? 1 : 0;
         // Short blocks put the flag last, whatever items they leave out.
         if (withFastTrack && block.size() <= kFullRepeatedBlock) {
             ParserStringRef last = block.last(1);
-            auto fastTrack = lists_.fastTrack(last, 1);
-            if (!fastTrack.ok()) {
-                leg.setError(fastTrack.error());
-                return false;
-            }
-            leg.addField(std::move(fastTrack.value()));
+            kFastTrack.read(kFastTrack, last, 1, context_, leg);
             block = block.drop_back(1);
             fastTrackWidth = 0;
         }
-        return runBcbpSection(lists_.repeated[fastTrackWidth], block, false, leg);
+        return runFixedWidthSection(kRepeated[fastTrackWidth], block, false, context_, leg);
     }
 
     // Flight dates carry no year: a flight that falls before the issue date
     // belongs to the following year.
-    void resolveFlightDates() {
+    void resolveFlightDates(json& legs) const {
         const ParsedField* issued = result_.getFieldByName("dateOfIssuance");
         if (issued == nullptr || !issued->parsed.is_object()) return;
         const json& value = issued->parsed;
         const Date issue{value.value("year", 0), value.value("month", 0), value.value("day", 0)};
-        const std::size_t legsIndex = result_.fields.size() - 1;
-        json legs = std::move(result_.fields[legsIndex].parsed);
         for (auto& leg : legs) {
             const auto found = leg.find("flightDate");
             if (found == leg.end() || !found->is_object()) continue;
@@ -267,10 +218,16 @@ class PassReader {
                 const int dayOfYear = flight - Date{issue.year, 1, 1};
                 flight = Date{issue.year + 1, 1, 1}.addDays(dayOfYear);
             }
-            *found = dateToJson(flight);
+            // The object is the reader's date form; its members are updated in place.
+            json::object_t& date = found->get_ref<json::object_t&>();
+            date["year"] = flight.year;
+            date["month"] = flight.month;
+            if (flight.day != 0) {
+                date["day"] = flight.day;
+            } else {
+                date.erase("day");
+            }
         }
-        std::string raw = std::move(result_.fields[legsIndex].rawString);
-        result_.replaceField(legsIndex, "legs", std::move(raw), std::move(legs));
     }
 
     void checkVersion() {
@@ -282,7 +239,7 @@ class PassReader {
         const std::string message = "BCBP version " + std::to_string(version) +
                                     " detected, but parser only supports " +
                                     std::to_string(kHighestSupportedVersion);
-        if (lists_.strict) {
+        if (context_.strict) {
             result_.setError(message);
         } else {
             result_.addWarning(ParserIssue::generic(message));
@@ -308,10 +265,8 @@ class PassReader {
         if (block) result_.addField("securityData", block->str(), block->str());
     }
 
-    const BcbpFieldLists& lists_;
+    PassContext context_;
     ParserResult& result_;
-    ParserResult leg_;
-    LookAhead ahead_;
     bool uniqueRead_ = false;
 };
 
@@ -343,27 +298,6 @@ std::optional<ParserStringRef> readSectionSize(const std::string& name, ParserSt
     return text.take_front(wanted);
 }
 
-namespace {
-
-// Field lists are shared by all parsers: a host that creates a parser per code
-// must not pay for building the lists each time. Few (strict mode, year) pairs
-// occur in practice; the cache is emptied when it grows past a handful, and
-// parsers holding a set keep it alive.
-std::shared_ptr<const BcbpFieldLists> sharedFieldLists(bool strict, int year) {
-    constexpr std::size_t kMaxCached = 8;
-    static std::mutex mutex;
-    static std::map<std::pair<bool, int>, std::shared_ptr<const BcbpFieldLists>> cache;
-    const std::lock_guard<std::mutex> lock(mutex);
-    auto found = cache.find({strict, year});
-    if (found != cache.end()) return found->second;
-    if (cache.size() >= kMaxCached) cache.clear();
-    auto lists = std::make_shared<const BcbpFieldLists>(strict, year);
-    cache.emplace(std::make_pair(strict, year), lists);
-    return lists;
-}
-
-}  // namespace
-
 IataBcbpParser::IataBcbpParser() = default;
 
 int IataBcbpParser::referenceYear() const {
@@ -372,14 +306,11 @@ int IataBcbpParser::referenceYear() const {
 
 std::unique_ptr<ParserResult> IataBcbpParser::parse(ParserStringRef input) {
     auto result = std::make_unique<ParserResult>();
-    const int year = referenceYear();
-    std::shared_ptr<const BcbpFieldLists> lists = std::atomic_load(&lists_);
-    // Without a fixed reference year the lists follow the calendar.
-    if (!lists || lists->year != year || lists->strict != strictMode_) {
-        lists = sharedFieldLists(strictMode_, year);
-        std::atomic_store(&lists_, lists);
-    }
-    PassReader(*lists, *result).read(input);
+    PassContext context;
+    context.strict = strictMode_;
+    // Without a fixed reference year, dates follow the calendar.
+    context.referenceYear = referenceYear();
+    PassReader(context, *result).read(input);
     return result;
 }
 

@@ -11,9 +11,6 @@
 
 namespace parser {
 
-// The field lists of one set of options, built once and shared by parses.
-struct BcbpFieldLists;
-
 class IataBcbpParser : public BcParser {
   public:
     IataBcbpParser();
@@ -25,11 +22,9 @@ class IataBcbpParser : public BcParser {
   private:
     int referenceYear() const;
 
+    // A parse only reads these, so one parser may serve several threads.
     bool strictMode_ = false;
     std::optional<int> referenceYear_;
-    // Read and replaced only through std::atomic_load / std::atomic_store, so
-    // that one parser may serve several threads while the current year moves on.
-    std::shared_ptr<const BcbpFieldLists> lists_;
 };
 
 // Reads a block whose length stands in front of it as two hexadecimal

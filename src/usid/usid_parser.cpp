@@ -1,8 +1,8 @@
 #include "usid/usid_parser.h"
 
-#include <climits>
+#include <array>
 #include <cstdint>
-#include <initializer_list>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -14,257 +14,296 @@ namespace parser {
 
 namespace {
 
-using usid::CodedTable;
-using usid::ListedTable;
+using nlohmann::json;
 
 constexpr std::size_t kHeaderLength = 9;
 constexpr std::size_t kDateLength = 9;
 constexpr std::size_t kNameLength = 27;
+// The header, the sponsor flag and the 28 fields of either list.
+constexpr std::size_t kMostFields = 30;
 
-BcbpFieldOutcome success(const char* name, std::string raw, nlohmann::json value) {
-    return BcbpFieldOutcome::success(ParsedField(name, std::move(raw), std::move(value)));
-}
+// The base64 digits of every 12 bits, two characters per entry: the photo,
+// which runs to kilobytes, takes one lookup per two digits.
+constexpr std::size_t kPairTableSize = std::size_t{2} << 12;
+constexpr std::array<char, kPairTableSize> kBase64Pairs = [] {
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::array<char, kPairTableSize> pairs{};
+    for (std::size_t bits = 0; bits < 4096; ++bits) {
+        pairs[2 * bits] = kDigits[bits >> 6];
+        pairs[2 * bits + 1] = kDigits[bits & 0x3F];
+    }
+    return pairs;
+}();
 
-BcbpFieldOutcome nothing() {
-    return success("", std::string(), nullptr);
-}
-
-BcbpFieldOutcome failure(std::string message) {
-    return BcbpFieldOutcome::failure(std::move(message));
+// The two digits of the 12 bits `bits`.
+const char* digitPair(std::uint32_t bits) {
+    return &kBase64Pairs[std::size_t{2} * bits];
 }
 
 ParserStringRef trimTrailing(ParserStringRef text) {
-    while (!text.empty() && isCSpace(text.back())) text = text.drop_back(1);
-    return text;
-}
-
-// Leading white space is skipped; the rest must be digits that fit an int.
-std::optional<int> numberFromText(ParserStringRef text) {
-    while (!text.empty() && isCSpace(text.front())) text = text.drop_front(1);
-    if (text.empty()) return std::nullopt;
-    std::int64_t value = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isAsciiDigit(text[i])) return std::nullopt;
-        value = value * 10 + (text[i] - '0');
-        if (value > INT_MAX) return std::nullopt;
+    std::string_view kept = text.view();
+    while (!kept.empty() && isCSpace(static_cast<unsigned char>(kept.back()))) {
+        kept.remove_suffix(1);
     }
-    return static_cast<int>(value);
+    return ParserStringRef(kept);
 }
 
-nlohmann::json numberOrNull(ParserStringRef text) {
-    const auto number = numberFromText(text);
-    return number ? nlohmann::json(*number) : nlohmann::json(nullptr);
+json numberOrNull(ParserStringRef text) {
+    const auto number = readDecimalInt(text);
+    return number ? json(*number) : json(nullptr);
 }
 
 // A code made only of digits (the DEERS suffix) is reported as a number.
-nlohmann::json codeValue(ParserStringRef code) {
-    if (!code.empty()) {
-        bool digits = true;
-        for (std::size_t i = 0; i < code.size() && digits; ++i) digits = isAsciiDigit(code[i]);
-        if (digits) {
-            if (auto number = numberFromText(code)) return *number;
-        }
+json codeValue(ParserStringRef code) {
+    const std::string_view digits = code.view();
+    if (!digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos) {
+        if (auto number = readDecimalInt(code)) return *number;
     }
     return code.str();
 }
 
 // The shared start of every table lookup: the length test, then the bytes
-// with trailing blanks cut.
-result<ParserStringRef, std::string> takeCode(ParserStringRef& view, std::size_t length,
-                                              const char* name, ParserStringRef& raw) {
-    if (view.size() < length) {
-        return result<ParserStringRef, std::string>::failure(
-            lengthMismatchMessage(name, length, view.size()));
+// with trailing blanks cut. Returns false once the error is set.
+bool takeCode(const CardItem& item, ParserStringRef& view, std::size_t width, FieldTarget& target,
+              ParserStringRef& raw, ParserStringRef& code) {
+    if (view.size() < width) {
+        return target.fail(lengthMismatchMessage(item.name, width, view.size()));
     }
-    raw = view.take_front(length);
-    return result<ParserStringRef, std::string>::success(trimTrailing(raw));
+    raw = view.take_front(width);
+    code = trimTrailing(raw);
+    return true;
 }
 
-BcbpFieldOutcome readUsidHeader(ParserStringRef& view, std::size_t length) {
-    const ParserStringRef bytes = view.take_front(length);
+bool invalid(const CardItem& item, ParserStringRef code, FieldTarget& target) {
+    return target.fail(invalidValueMessage(code.str(), item.name));
+}
+
+bool readHeader(const CardItem& /*item*/, ParserStringRef& view, std::size_t width,
+                const CardContext& /*context*/, FieldTarget& target) {
+    const ParserStringRef bytes = view.take_front(width);
     // The Common Access Card and the IDCV card carry other layouts in the same
     // symbology; they are told apart by their first bytes.
     if (bytes.starts_with('N')) {
-        return failure("Common Access Card (CAC) PDF417 VN is not supported by the parser.");
+        return target.fail("Common Access Card (CAC) PDF417 VN is not supported by the parser.");
     }
-    if (bytes.starts_with("IDCV")) return failure("IDCV PDF417 is not supported by the parser.");
-    nlohmann::json header = {{"identificationCode", bytes.first(4).str()},
-                             {"version", numberOrNull(bytes.slice(4, 5))}};
-    return success("header", std::string(), std::move(header));
+    if (bytes.starts_with("IDCV")) {
+        return target.fail("IDCV PDF417 is not supported by the parser.");
+    }
+    json header = json::object();
+    auto& members = header.get_ref<json::object_t&>();
+    // Members are added in key order, each behind the last.
+    members.emplace_hint(members.end(), "identificationCode", bytes.first(4).str());
+    members.emplace_hint(members.end(), "version", numberOrNull(bytes.slice(4, 5)));
+    target.add("header", ParserStringRef(), std::move(header));
+    return true;
 }
 
 // The text data begins with the sponsor flag, a digit; whatever stands between
 // the header and it is passed over.
-BcbpFieldOutcome skipToFirstDigit(ParserStringRef& view, std::size_t /*length*/) {
+bool skipToFirstDigit(const CardItem& /*item*/, ParserStringRef& view, std::size_t /*width*/,
+                      const CardContext& /*context*/, FieldTarget& /*target*/) {
     while (!view.empty() && !isAsciiDigit(view.front())) view = view.drop_front(1);
-    return nothing();
+    return true;
 }
 
-BcbpFieldOutcome skipBytes(ParserStringRef& view, std::size_t length) {
-    view.take_front(length);
-    return nothing();
+bool skipBytes(const CardItem& /*item*/, ParserStringRef& view, std::size_t width,
+               const CardContext& /*context*/, FieldTarget& /*target*/) {
+    view.take_front(width);
+    return true;
 }
 
-BcbpFieldOutcome readImage(ParserStringRef& view, std::size_t /*length*/) {
-    std::string bytes = view.take_front(view.size()).str();
-    std::string encoded = base64Encode(bytes);
-    return success("jpegData", std::move(bytes), std::move(encoded));
+bool readImage(const CardItem& item, ParserStringRef& view, std::size_t /*width*/,
+               const CardContext& /*context*/, FieldTarget& target) {
+    const ParserStringRef bytes = view.take_front(view.size());
+    target.add(item.name, bytes, encodeBase64(bytes.view()));
+    return true;
 }
 
 // Version 1 cards have no pay grade at all.
-BcbpFieldOutcome readAbsentPayGrade(ParserStringRef& /*view*/, std::size_t /*length*/) {
-    return success("payGrade", std::string(), nullptr);
+bool readAbsent(const CardItem& item, ParserStringRef& /*view*/, std::size_t /*width*/,
+                const CardContext& /*context*/, FieldTarget& target) {
+    target.add(item.name, ParserStringRef(), nullptr);
+    return true;
 }
 
 // A code with a description: the value carries both, so that callers can
 // show the text and still compare the code.
-template <class Table>
-BcbpFieldOutcome readDescribedField(ParserStringRef& view, std::size_t length, const char* name,
-                                    const Table& table) {
+bool readDescribedField(const CardItem& item, ParserStringRef& view, std::size_t width,
+                        const CardContext& /*context*/, FieldTarget& target) {
     ParserStringRef raw;
-    auto code = takeCode(view, length, name, raw);
-    if (!code.ok()) return failure(code.error());
-    const std::string* text = usid::findText(table, code.value().view());
-    if (text == nullptr) return failure(invalidValueMessage(code.value().str(), name));
-    return success(name, raw.str(),
-                   nlohmann::json{{"code", codeValue(code.value())}, {"description", *text}});
+    ParserStringRef code;
+    if (!takeCode(item, view, width, target, raw, code)) return false;
+    const std::string* text = item.argument.ranges != nullptr
+                                  ? usid::findText(*item.argument.ranges, code.view())
+                                  : usid::findText(*item.argument.codes, code.view());
+    if (text == nullptr) return invalid(item, code, target);
+    json value = json::object();
+    auto& members = value.get_ref<json::object_t&>();
+    members.emplace_hint(members.end(), "code", codeValue(code));
+    members.emplace_hint(members.end(), "description", *text);
+    target.add(item.name, raw, std::move(value));
+    return true;
 }
 
-UsidFieldReader coded(const char* name, const CodedTable& table, std::size_t length) {
-    return {[name, &table](ParserStringRef& view, std::size_t width) {
-                return readCodedField(view, width, name, table);
-            },
-            length};
+bool readListedField(const CardItem& item, ParserStringRef& view, std::size_t width,
+                     const CardContext& /*context*/, FieldTarget& target) {
+    ParserStringRef raw;
+    ParserStringRef code;
+    if (!takeCode(item, view, width, target, raw, code)) return false;
+    if (!usid::isListed(*item.argument.values, code.view())) return invalid(item, code, target);
+    target.add(item.name, raw, code.str());
+    return true;
 }
 
-template <class Table>
-UsidFieldReader described(const char* name, const Table& table, std::size_t length) {
-    return {[name, &table](ParserStringRef& view, std::size_t width) {
-                return readDescribedField(view, width, name, table);
-            },
-            length};
-}
-
-UsidFieldReader listed(const char* name, const ListedTable& table, std::size_t length) {
-    return {[name, &table](ParserStringRef& view, std::size_t width) {
-                ParserStringRef raw;
-                auto code = takeCode(view, width, name, raw);
-                if (!code.ok()) return failure(code.error());
-                if (!usid::isListed(table, code.value().view())) {
-                    return failure(invalidValueMessage(code.value().str(), name));
-                }
-                return success(name, raw.str(), code.value().str());
-            },
-            length};
-}
-
-// `message` is the whole error text: the wording differs between fields.
-UsidFieldReader number(const char* name, const char* message, std::size_t length) {
-    return {[name, message](ParserStringRef& view, std::size_t width) {
-                const ParserStringRef raw = view.take_front(width);
-                const auto value = numberFromText(trimTrailing(raw));
-                if (!value) return failure(message);
-                return success(name, raw.str(), *value);
-            },
-            length};
+// The row's message is the whole error text: the wording differs between fields.
+bool readNumber(const CardItem& item, ParserStringRef& view, std::size_t width,
+                const CardContext& /*context*/, FieldTarget& target) {
+    const ParserStringRef raw = view.take_front(width);
+    const auto value = readDecimalInt(trimTrailing(raw));
+    if (!value) return target.fail(item.argument.message);
+    target.add(item.name, raw, *value);
+    return true;
 }
 
 // Names are written "LAST,FIRST"; the list comes last piece first.
-UsidFieldReader name(const char* field) {
-    return {[field](ParserStringRef& view, std::size_t width) {
-                const ParserStringRef raw = view.take_front(width);
-                return success(field, raw.str(), splitToJsonArray(raw, ',', true));
-            },
-            kNameLength};
+bool readName(const CardItem& item, ParserStringRef& view, std::size_t width,
+              const CardContext& /*context*/, FieldTarget& target) {
+    const ParserStringRef raw = view.take_front(width);
+    target.add(item.name, raw, piecesLastFirst(raw, ','));
+    return true;
 }
 
-UsidFieldReader text(const char* name, std::size_t length) {
-    return {[name](ParserStringRef& view, std::size_t width) {
-                const ParserStringRef raw = view.take_front(width);
-                return success(name, raw.str(), trimTrailing(raw).str());
-            },
-            length};
+bool readText(const CardItem& item, ParserStringRef& view, std::size_t width,
+              const CardContext& /*context*/, FieldTarget& target) {
+    const ParserStringRef raw = view.take_front(width);
+    target.add(item.name, raw, trimTrailing(raw).str());
+    return true;
 }
 
 // YYYYMMMDD with the month as an English abbreviation in capitals. Cards
 // without end date say "INDEFINITE" or the like. A date that cannot be read is
 // kept as raw text with a null value: it does not make the card unreadable.
-UsidFieldReader date(const char* name) {
-    return {[name](ParserStringRef& view, std::size_t width) {
-                const ParserStringRef raw = view.take_front(width);
-                nlohmann::json value = nullptr;
-                if (raw.size() == kDateLength && !raw.starts_with("INDE")) {
-                    const auto day = numberFromText(raw.slice(7, 9));
-                    const int month = monthFromName(raw.slice(4, 7));
-                    const auto year = numberFromText(raw.slice(0, 4));
-                    if (day && month > 0 && year) {
-                        value = {{"year", *year}, {"month", month}, {"day", *day}};
-                    }
-                }
-                return success(name, raw.str(), std::move(value));
-            },
-            kDateLength};
+bool readDate(const CardItem& item, ParserStringRef& view, std::size_t width,
+              const CardContext& /*context*/, FieldTarget& target) {
+    const ParserStringRef raw = view.take_front(width);
+    json value = nullptr;
+    if (raw.size() == kDateLength && !raw.starts_with("INDE")) {
+        const auto day = readDecimalInt(raw.slice(7, 9));
+        const int month = monthFromName(raw.slice(4, 7));
+        const auto year = readDecimalInt(raw.slice(0, 4));
+        if (day && month > 0 && year) {
+            value = json::object();
+            auto& members = value.get_ref<json::object_t&>();
+            members.emplace_hint(members.end(), "day", *day);
+            members.emplace_hint(members.end(), "month", month);
+            members.emplace_hint(members.end(), "year", *year);
+        }
+    }
+    target.add(item.name, raw, std::move(value));
+    return true;
 }
 
-UsidFieldReader skip(std::size_t length) {
-    return {skipBytes, length};
+constexpr CardItem coded(const char* name, const usid::CodedTable& table, std::size_t width) {
+    return {readCodedField, name, width, {&table}};
 }
 
-// Both lists share their first 26 readers and differ in the last three.
+constexpr CardItem described(const char* name, const usid::CodedTable& table, std::size_t width) {
+    return {readDescribedField, name, width, {&table}};
+}
+
+constexpr CardItem described(const char* name, const usid::RangeTable& table, std::size_t width) {
+    return {readDescribedField, name, width, {nullptr, &table}};
+}
+
+constexpr CardItem listed(const char* name, const usid::ListedTable& table, std::size_t width) {
+    return {readListedField, name, width, {nullptr, nullptr, &table}};
+}
+
+constexpr CardItem number(const char* name, const char* message, std::size_t width) {
+    return {readNumber, name, width, {nullptr, nullptr, nullptr, message}};
+}
+
+constexpr CardItem name(const char* field) {
+    return {readName, field, kNameLength, {}};
+}
+
+constexpr CardItem text(const char* name, std::size_t width) {
+    return {readText, name, width, {}};
+}
+
+constexpr CardItem date(const char* name) {
+    return {readDate, name, kDateLength, {}};
+}
+
+constexpr CardItem skip(std::size_t width) {
+    return {skipBytes, "", width, {}};
+}
+
+constexpr std::array<CardItem, 3> kStart = {{
+    {readHeader, "header", kHeaderLength, {}},
+    {skipToFirstDigit, "", 0, {}},
+    coded("sponsorFlag", usid::kSponsorFlag, 1),
+}};
+
+using CardItems = std::array<CardItem, 29>;
+using CardTail = std::array<CardItem, 3>;
+
+// Both lists share their first 26 rows and differ in the last three.
 // Version 3 widened the form number; version 1 had no pay grade.
-std::vector<UsidFieldReader> fieldList(int version, std::initializer_list<UsidFieldReader> tail) {
-    std::vector<UsidFieldReader> readers;
-    readers.reserve(26 + tail.size());
-    readers.insert(
-        readers.end(),
-        {
-            name("name"),
-            number("personDesignatorIdentifier",
-                   "personDesignatorIdentifier contains forbidden characters", 9),
-            number("familySequenceNumber", "familySequenceNumber contains forbidden characters", 1),
-            skip(9),
-            described("deersDependentSuffix", usid::kDeersDependentSuffix, 2),
-            number("height", "height should contain only numerical characters", 2),
-            number("weight", "weight should contain only numerical characters", 3),
-            coded("hairColor", usid::kHairColor, 2),
-            coded("eyeColor", usid::kEyeColor, 2),
-            date("birthDate"),
-            described("directCareFlag", usid::kDirectCareFlag, 1),
-            described("civilianHealthCare", usid::kCivilianHealthCare, 1),
-            described("commissary", usid::kCommissary, 1),
-            described("mwr", usid::kMwr, 1),
-            described("exchange", usid::kExchange, 1),
-            date("champusEffectiveDate"),
-            date("champusExpirationDate"),
-            text("formNumber", version == 3 ? 6 : 4),
-            date("cardIssueDate"),
-            date("cardExpirationDate"),
-            text("securityCode", 4),
-            listed("serviceCode", usid::kServiceCode, 1),
-            described("status", usid::kStatus, 6),
-            listed("branchOfService", usid::kBranchOfService, 5),
-            text("rank", 6),
-            version == 1 ? UsidFieldReader{readAbsentPayGrade, 0}
-                         : listed("payGrade", usid::kPayGrade, 4),
-        });
-    readers.insert(readers.end(), tail);
-    return readers;
+constexpr CardItems cardItems(int version, const CardTail& tail) {
+    return {{
+        name("name"),
+        number("personDesignatorIdentifier",
+               "personDesignatorIdentifier contains forbidden characters", 9),
+        number("familySequenceNumber", "familySequenceNumber contains forbidden characters", 1),
+        skip(9),
+        described("deersDependentSuffix", usid::kDeersDependentSuffix, 2),
+        number("height", "height should contain only numerical characters", 2),
+        number("weight", "weight should contain only numerical characters", 3),
+        coded("hairColor", usid::kHairColor, 2),
+        coded("eyeColor", usid::kEyeColor, 2),
+        date("birthDate"),
+        described("directCareFlag", usid::kDirectCareFlag, 1),
+        described("civilianHealthCare", usid::kCivilianHealthCare, 1),
+        described("commissary", usid::kCommissary, 1),
+        described("mwr", usid::kMwr, 1),
+        described("exchange", usid::kExchange, 1),
+        date("champusEffectiveDate"),
+        date("champusExpirationDate"),
+        text("formNumber", version == 3 ? 6 : 4),
+        date("cardIssueDate"),
+        date("cardExpirationDate"),
+        text("securityCode", 4),
+        listed("serviceCode", usid::kServiceCode, 1),
+        described("status", usid::kStatus, 6),
+        listed("branchOfService", usid::kBranchOfService, 5),
+        text("rank", 6),
+        version == 1 ? CardItem{readAbsent, "payGrade", 0, {}}
+                     : listed("payGrade", usid::kPayGrade, 4),
+        tail[0],
+        tail[1],
+        tail[2],
+    }};
 }
 
-std::vector<UsidFieldReader> sponsorReaders(int version) {
-    return fieldList(version,
-                     {listed("genevaConventionCategory", usid::kGenevaConventionCategory, 3),
-                      coded("bloodType", usid::kBloodType, 3),
-                      {readImage, 0}});
-}
+constexpr CardTail kSponsorTail = {{
+    listed("genevaConventionCategory", usid::kGenevaConventionCategory, 3),
+    coded("bloodType", usid::kBloodType, 3),
+    {readImage, "jpegData", 0, {}},
+}};
 
-std::vector<UsidFieldReader> dependentReaders(int version) {
-    return fieldList(version,
-                     {name("sponsorName"),
-                      number("sponsorPersonDesignatorIdentifier",
-                             "sponsorPersonDesignatorIdentifier contains forbidden characters", 9),
-                      described("relationship", usid::kRelationship, 6)});
-}
+constexpr CardTail kDependentTail = {{
+    name("sponsorName"),
+    number("sponsorPersonDesignatorIdentifier",
+           "sponsorPersonDesignatorIdentifier contains forbidden characters", 9),
+    described("relationship", usid::kRelationship, 6),
+}};
+
+// Versions 1 and 3, then every other version.
+constexpr std::array<CardItems, 3> kSponsorItems = {
+    cardItems(1, kSponsorTail), cardItems(3, kSponsorTail), cardItems(0, kSponsorTail)};
+constexpr std::array<CardItems, 3> kDependentItems = {
+    cardItems(1, kDependentTail), cardItems(3, kDependentTail), cardItems(0, kDependentTail)};
 
 int versionOf(const ParserResult& result) {
     const ParsedField* header = result.getFieldByName("header");
@@ -274,47 +313,68 @@ int versionOf(const ParserResult& result) {
     return version->get<int>();
 }
 
-}  // namespace
-
-void readUsidFields(const std::vector<UsidFieldReader>& list, ParserStringRef& view,
-                    ParserResult& result) {
-    runBcbpSection(list, view, true, result);
+bool isSponsor(const ParserResult& result) {
+    const ParsedField* flag = result.getFieldByName("sponsorFlag");
+    return flag != nullptr && flag->parsed.is_string() &&
+           flag->parsed.get_ref<const std::string&>() == "sponsor";
 }
 
-BcbpFieldOutcome readCodedField(ParserStringRef& view, std::size_t length, const char* name,
-                                const CodedTable& table) {
+}  // namespace
+
+bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t width,
+                    const CardContext& /*context*/, FieldTarget& target) {
     ParserStringRef raw;
-    auto code = takeCode(view, length, name, raw);
-    if (!code.ok()) return failure(code.error());
-    const std::string* text = usid::findText(table, code.value().view());
-    if (text == nullptr) return failure(invalidValueMessage(code.value().str(), name));
-    return success(name, raw.str(), *text);
+    ParserStringRef code;
+    if (!takeCode(item, view, width, target, raw, code)) return false;
+    const std::string* text = usid::findText(*item.argument.codes, code.view());
+    if (text == nullptr) return invalid(item, code, target);
+    target.add(item.name, raw, *text);
+    return true;
+}
+
+std::string encodeBase64(std::string_view bytes) {
+    std::string encoded((bytes.size() + 2) / 3 * 4, '=');
+    const auto byte = [&bytes](std::size_t i) {
+        return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]));
+    };
+    char* out = encoded.data();
+    std::size_t in = 0;
+    for (; in + 3 <= bytes.size(); in += 3, out += 4) {
+        const std::uint32_t n = byte(in) << 16 | byte(in + 1) << 8 | byte(in + 2);
+        std::memcpy(out, digitPair(n >> 12), 2);
+        std::memcpy(out + 2, digitPair(n & 0xFFF), 2);
+    }
+    const std::size_t left = bytes.size() - in;
+    if (left > 0) {
+        const std::uint32_t n = byte(in) << 16 | (left == 2 ? byte(in + 1) << 8 : 0);
+        std::memcpy(out, digitPair(n >> 12), 2);
+        if (left == 2) out[2] = *digitPair(n & 0xFFF);
+    }
+    return encoded;
 }
 
 std::unique_ptr<ParserResult> UsUsidParser::parse(ParserStringRef input) {
     auto result = std::make_unique<ParserResult>();
+    result->fields.reserve(kMostFields);
     ParserStringRef view = input;
-    readUsidFields({{readUsidHeader, kHeaderLength},
-                    {skipToFirstDigit, 0},
-                    coded("sponsorFlag", usid::kSponsorFlag, 1)},
-                   view, *result);
-    if (result->error) return result;
+    const CardContext context;
+    FieldTarget target(*result);
+    if (!runFixedWidthSection(kStart, view, true, context, target)) return result;
 
     const int version = versionOf(*result);
-    const ParsedField* flag = result->getFieldByName("sponsorFlag");
-    const bool sponsor = flag != nullptr && flag->parsed == "sponsor";
-    readUsidFields(sponsor ? sponsorReaders(version) : dependentReaders(version), view, *result);
+    const std::size_t list = version == 1 ? 0 : version == 3 ? 1 : 2;
+    runFixedWidthSection(isSponsor(*result) ? kSponsorItems[list] : kDependentItems[list], view,
+                         true, context, target);
     return result;
 }
 
-std::unique_ptr<ParserOptionsOutcome> UsUsidParser::readOptionsFromJSON(
-    nlohmann::json /*options*/) {
+std::unique_ptr<ParserOptionsOutcome> UsUsidParser::readOptionsFromJSON(json /*options*/) {
     // The format has no options; whatever is given is accepted and ignored.
     return ParserOptionsOutcome::success();
 }
 
-nlohmann::json UsUsidParser::optionsToJSON() const {
-    return nlohmann::json::object();
+json UsUsidParser::optionsToJSON() const {
+    return json::object();
 }
 
 }  // namespace parser

@@ -7,26 +7,38 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
+#include <string_view>
 
-#include "bcbp/bcbp_section.h"
+#include "common/fixed_width_section.h"
 #include "qvx/bc_parser.h"
 #include "usid/usid_tables.h"
 
 namespace parser {
 
-// One entry of a field list: a reader and the number of bytes it takes.
-using UsidFieldReader = BcbpFieldSpec;
+// The readers need nothing of the run beyond their row and their bytes.
+struct CardContext {};
 
-// Runs `list` over `view` with full widths required; the first failure becomes
-// the fatal issue of `result`.
-void readUsidFields(const std::vector<UsidFieldReader>& list, ParserStringRef& view,
-                    ParserResult& result);
+// The fixed argument of a row: the table its code is looked up in, or the
+// message of a number that cannot be read.
+struct CardItemArgument {
+    const usid::CodedTable* codes = nullptr;
+    const usid::RangeTable* ranges = nullptr;
+    const usid::ListedTable* values = nullptr;
+    const char* message = nullptr;
+};
 
-// Reads `length` bytes as a code of `table`, compared after trailing blanks
-// are cut. The value is the row's text.
-BcbpFieldOutcome readCodedField(ParserStringRef& view, std::size_t length, const char* name,
-                                const usid::CodedTable& table);
+using CardItem = FixedWidthItem<CardContext, CardItemArgument>;
+
+// Reads `width` bytes as a code of the row's table, compared after trailing
+// blanks are cut. The value is the row's text. A text shorter than `width`
+// is an error of its own wording.
+bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t width,
+                    const CardContext& context, FieldTarget& target);
+
+// Standard base64 with padding, the form in which the card's photo is handed
+// on. Written into a string of the final size at once: the photo runs to
+// kilobytes.
+std::string encodeBase64(std::string_view bytes);
 
 class UsUsidParser : public BcParser {
   public:

@@ -10,38 +10,27 @@ bool isTwoDigitCode(std::string_view code) {
     return code.size() == 2 && code[0] >= '0' && code[0] <= '9' && code[1] >= '0' && code[1] <= '9';
 }
 
-// Two-digit codes compare as text in the same order as their values.
-CodePredicate codeBetween(std::string_view low, std::string_view high) {
-    return [low, high](std::string_view code) {
-        return isTwoDigitCode(code) && low <= code && code <= high;
-    };
-}
-
-CodePredicate codeIsOneOf(std::string_view first, std::string_view second) {
-    return [first, second](std::string_view code) { return code == first || code == second; };
-}
-
-CodePredicate codeIs(std::string_view only) {
-    return [only](std::string_view code) { return code == only; };
-}
-
 }  // namespace
 
+// Rows follow the sponsor flag of the card's barcode data dictionary.
 const CodedTable kSponsorFlag = {
     {"0", "dependent"},
     {"1", "sponsor"},
 };
 
+// Rows follow the eye colour codes of the card's data dictionary.
 const CodedTable kEyeColor = {
     {"BR", "brown"}, {"GR", "green"}, {"BL", "blue"},  {"HZ", "hazel"},
     {"BK", "black"}, {"GY", "gray"},  {"OT", "other"}, {"VI", "violet"},
 };
 
+// Rows follow the hair colour codes of the card's data dictionary.
 const CodedTable kHairColor = {
     {"BR", "brown"},  {"GY", "gray"},  {"RD", "red"},   {"AU", "auburn"}, {"BK", "black"},
     {"BN", "blonde"}, {"WH", "white"}, {"OT", "other"}, {"BD", "bald"},
 };
 
+// Rows follow the direct care (military medical) eligibility codes of the data dictionary.
 const CodedTable kDirectCareFlag = {
     {"S", "unlimited"},
     {"N", "not eligible"},
@@ -49,6 +38,7 @@ const CodedTable kDirectCareFlag = {
     {"R", "reimbursable"},
 };
 
+// Rows follow the civilian health care (CHAMPUS) eligibility codes of the data dictionary.
 const CodedTable kCivilianHealthCare = {
     {"M", "CHAMPUS"},
     {"T", "unknown value"},
@@ -56,19 +46,22 @@ const CodedTable kCivilianHealthCare = {
     {"F", "foreign outpatient/reimbursable"},
 };
 
-// Commissary and MWR privileges share their codes.
+// Rows follow the commissary privilege codes of the data dictionary; MWR
+// privileges share them.
 const CodedTable kCommissary = {
     {"Y", "eligible and active"},
     {"N", "not eligible"},
     {"X", "eligible, but removed"},
 };
 
+// Rows follow the MWR (morale, welfare, recreation) privilege codes of the data dictionary.
 const CodedTable kMwr = {
     {"Y", "eligible and active"},
     {"N", "not eligible"},
     {"X", "eligible, but removed"},
 };
 
+// Rows follow the exchange privilege codes of the data dictionary.
 const CodedTable kExchange = {
     {"U", "unlimited"},
     {"N", "not eligible"},
@@ -76,28 +69,32 @@ const CodedTable kExchange = {
     {"X", "eligible, but removed"},
 };
 
-// A letter O where the zero belongs reads as the zero. "unk" in lower case
+// Rows follow the blood type codes of the data dictionary. A letter O where
+// the zero belongs reads as the zero. "unk" in lower case
 // is no code.
 const CodedTable kBloodType = {
     {"A+", "A+"}, {"A-", "A-"}, {"B+", "B+"}, {"B-", "B-"}, {"AB+", "AB+"},     {"AB-", "AB-"},
     {"0+", "0+"}, {"O+", "0+"}, {"O-", "0-"}, {"0-", "0-"}, {"Unk", "unknown"}, {"UNK", "unknown"},
 };
 
-// Bands of the DEERS dependent suffix. A code outside every band is invalid.
+// Rows follow the DEERS dependent suffix bands of the data dictionary. A code
+// outside every band is invalid.
 const RangeTable kDeersDependentSuffix = {
-    {codeBetween("01", "19"), "dependent child"},
-    {codeIsOneOf("00", "20"), "sponsor"},
-    {codeBetween("30", "39"), "spouse of sponsor"},
-    {codeBetween("40", "44"), "mother of sponsor"},
-    {codeBetween("45", "49"), "father of sponsor"},
-    {codeBetween("50", "54"), "mother-in-law of sponsor"},
-    {codeBetween("55", "59"), "father-in-law of sponsor"},
-    {codeBetween("60", "69"), "other dependent"},
-    {codeIs("98"), "service secretary designee"},
+    {"01", "19", "dependent child"},
+    {"00", "00", "sponsor"},
+    {"20", "20", "sponsor"},
+    {"30", "39", "spouse of sponsor"},
+    {"40", "44", "mother of sponsor"},
+    {"45", "49", "father of sponsor"},
+    {"50", "54", "mother-in-law of sponsor"},
+    {"55", "59", "father-in-law of sponsor"},
+    {"60", "69", "other dependent"},
+    {"98", "98", "service secretary designee"},
 };
 
 // clang-format off
-// Long descriptions keep the line breaks of the printed code list.
+// Rows follow the relationship-to-sponsor codes of the data dictionary. Long
+// descriptions keep the line breaks of the printed code list.
 const CodedTable kRelationship = {
     {"CH", "child"},
     {"SC", "stepchild"},
@@ -117,6 +114,8 @@ const CodedTable kRelationship = {
     {"UMFS", "unmarried former spouse (meets 20-20-20 criteria and remarriage terminated by death or divorce)"},
 };
 
+// Rows follow the personnel status codes of the data dictionary, with the
+// line breaks of the printed list.
 const CodedTable kStatus = {
     {"ACADMY", "Academy or Navy Officer Candidate School (OCS) Student"},
     {"AD", "Active duty (excluding Guard and Reserve on extended active duty for more than 30 days)"},
@@ -153,22 +152,27 @@ const CodedTable kStatus = {
 };
 // clang-format on
 
-// "0" stands twice; the second entry changes nothing.
+// Rows follow the service codes of the data dictionary. "0" stands twice;
+// the second entry changes nothing.
 const ListedTable kServiceCode = {"A", "B", "C", "D", "E", "F", "G", "O", "P", "Q", "R", "S",
                                   "T", "U", "V", "W", "X", "Y", "Z", "1", "2", "H", "3", "4",
                                   "5", "6", "7", "0", "I", "J", "K", "L", "M", "N", "0"};
 
+// Rows follow the branch of service codes of the data dictionary.
 const ListedTable kBranchOfService = {"USA",  "USAF",  "USN",  "USMC",
                                       "USCG", "USPHS", "NOAA", "OTHER"};
 
+// Rows follow the Geneva Conventions category codes of the data dictionary.
 const ListedTable kGenevaConventionCategory = {"I", "II", "III", "IV", "V", "N/A"};
 
+// Rows follow the pay grade codes of the data dictionary.
 const ListedTable kPayGrade = {
     "E1",   "E2",   "E3",   "E4",   "E5",   "E6",   "E7",   "E8",   "E9",    "W1",   "W2",   "W3",
     "W4",   "W5",   "STDT", "O1",   "O2",   "O3",   "O4",   "O5",   "O6",    "O7",   "O8",   "O9",
     "O10",  "O11",  "GS01", "GS02", "GS03", "GS04", "GS05", "GS06", "GS07",  "GS08", "GS09", "GS10",
     "GS11", "GS12", "GS13", "GS14", "GS15", "GS16", "GS17", "GS18", "OTHER", "N/A"};
 
+// Rows follow the service names of the data dictionary's service codes.
 // "other of not applicable" is the text callers already match on; it stays.
 const CodedTable kServiceNames = {
     {"A", "USA"},
@@ -194,8 +198,10 @@ const std::string* findText(const CodedTable& table, std::string_view code) {
 }
 
 const std::string* findText(const RangeTable& table, std::string_view code) {
+    if (!isTwoDigitCode(code)) return nullptr;
+    // Two-digit codes compare as text in the same order as their values.
     for (const auto& row : table) {
-        if (row.first(code)) return &row.second;
+        if (row.low <= code && code <= row.high) return &row.text;
     }
     return nullptr;
 }

@@ -2,7 +2,6 @@
 // each table in order, so where a text stands twice the first row wins.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,9 +13,14 @@ namespace parser::usid {
 using CodedTable = std::vector<std::pair<std::string, std::string>>;
 // Plain allowed values.
 using ListedTable = std::vector<std::string>;
-// (predicate on the code, text) rows, for codes that come in numeric bands.
-using CodePredicate = std::function<bool(std::string_view)>;
-using RangeTable = std::vector<std::pair<CodePredicate, std::string>>;
+// (lowest code, highest code, text) rows, for two-digit codes that come in
+// numeric bands.
+struct CodeRange {
+    std::string_view low;
+    std::string_view high;
+    std::string text;
+};
+using RangeTable = std::vector<CodeRange>;
 
 extern const CodedTable kSponsorFlag;
 extern const CodedTable kEyeColor;

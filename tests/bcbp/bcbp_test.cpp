@@ -7,12 +7,16 @@
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "bcbp/bcbp_field_parsers.h"
 #include "bcbp/bcbp_parser.h"
+#include "common/date.h"
+#include "common/fixed_width_section.h"
 #include "common/option_extractors.h"
 
 namespace {
@@ -23,22 +27,34 @@ using parser::Date;
 struct Read {
     bool ok = false;
     std::string error;
+    bool added = false;
     parser::ParsedField field{"", "", nullptr};
     std::size_t left = 0;
 };
 
-Read run(const parser::BcbpFieldParser& fieldParser, const std::string& input, std::size_t width) {
+// Runs one reader over `input` as the runner would, with a text at least `width` long.
+Read run(parser::PassItem::Reader reader, const std::string& input, std::size_t width,
+         parser::PassItemArgument argument = {}, parser::PassContext context = {}) {
+    parser::ParserResult result;
+    parser::FieldTarget target(result);
+    const parser::PassItem item{reader, "f", width, argument};
     ParserStringRef text(input);
-    auto outcome = fieldParser(text, width);
     Read read;
-    read.ok = outcome.ok();
+    read.ok = reader(item, text, width, context, target);
     read.left = text.size();
-    if (read.ok) {
-        read.field = outcome.value();
-    } else {
-        read.error = outcome.error();
-    }
+    read.added = !result.fields.empty();
+    if (read.added) read.field = result.fields.front();
+    if (result.error) read.error = result.error->message;
+    EXPECT_EQ(read.ok, !result.error) << "a reader fails exactly when it sets the error";
     return read;
+}
+
+parser::PassContext inYear(int year, bool itinerary = false, int version = 0) {
+    parser::PassContext context;
+    context.referenceYear = year;
+    context.itinerary = itinerary;
+    context.version = version;
+    return context;
 }
 
 std::string issuesOf(const parser::ParsedField& field) {
@@ -88,11 +104,12 @@ TEST(BcbpDate, JulianDatesAndYearDigitWindow) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text + " / " + std::to_string(row.referenceYear));
-        const Read read =
-            run(parser::dateFieldParser("d", Date{row.referenceYear, 1, 1}, row.required),
-                row.text + "X", row.width);
+        // A date that is not required is one that an itinerary receipt may leave out.
+        const Read read = run(parser::readPassDate, row.text + "X", row.width,
+                              {parser::PassCharacters::Any, !row.required},
+                              inYear(row.referenceYear, !row.required));
         ASSERT_TRUE(read.ok) << read.error;
-        EXPECT_EQ(read.field.name, "d");
+        EXPECT_EQ(read.field.name, "f");
         EXPECT_EQ(read.field.rawString, row.text);
         EXPECT_EQ(read.field.parsed, row.parsed);
         EXPECT_EQ(issuesOf(read.field), row.issue);
@@ -101,21 +118,21 @@ TEST(BcbpDate, JulianDatesAndYearDigitWindow) {
 }
 
 TEST(BcbpDate, OptionalDatesVanishAndBadDigitsFail) {
+    const parser::PassItemArgument optional{parser::PassCharacters::Any, true};
     for (const std::string empty : {"0000", "    "}) {
-        const Read read =
-            run(parser::dateFieldParser("d", Date{2024, 1, 1}, false), empty + "X", 4);
+        const Read read = run(parser::readPassDate, empty + "X", 4, optional, inYear(2024, true));
         ASSERT_TRUE(read.ok);
-        EXPECT_EQ(read.field.name, "");
+        EXPECT_FALSE(read.added);
         EXPECT_EQ(read.left, 1u);
     }
-    // Required, zeros are a day count of 0.
-    EXPECT_EQ(issuesOf(run(parser::dateFieldParser("d", Date{2024, 1, 1}, true), "0000", 4).field),
+    // Required, zeros are a day count of 0; so they are outside an itinerary receipt.
+    EXPECT_EQ(issuesOf(run(parser::readPassDate, "0000", 4, {}, inYear(2024)).field), kDayZero);
+    EXPECT_EQ(issuesOf(run(parser::readPassDate, "0000", 4, optional, inYear(2024)).field),
               kDayZero);
     for (const std::string bad : {"12A", "1 3", "A23 ", "12A4"}) {
-        const Read read =
-            run(parser::dateFieldParser("d", Date{2024, 1, 1}, true), bad, bad.size());
+        const Read read = run(parser::readPassDate, bad, bad.size(), {}, inYear(2024));
         EXPECT_EQ(read.error,
-                  "BCBP parsing error; 'd'. Only numerical characters are permitted in this field.")
+                  "BCBP parsing error; 'f'. Only numerical characters are permitted in this field.")
             << bad;
     }
 }
@@ -148,56 +165,62 @@ TEST(BcbpBaggage, GroupsExpandToTags) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
-        const Read read = run(parser::baggageTagFieldParser("b", row.version), row.text, 13);
+        const Read read =
+            run(parser::readBaggageTags, row.text, 13, {}, inYear(2024, false, row.version));
         ASSERT_TRUE(read.ok) << read.error;
         EXPECT_EQ(read.field.parsed, row.tags);
         EXPECT_EQ(read.field.rawString, row.text.substr(0, row.text.size() - row.left));
         EXPECT_EQ(issuesOf(read.field), row.issues);
         EXPECT_EQ(read.left, row.left);
     }
-    EXPECT_EQ(run(parser::baggageTagFieldParser("b", 6), "001412345600", 12).error,
-              "BCBP parsing error; 'b'. Underflow parsing baggage tags");
-    const Read none = run(parser::baggageTagFieldParser("b", 6), "0014123456003", 0);
+    EXPECT_EQ(run(parser::readBaggageTags, "001412345600", 12, {}, inYear(2024, false, 6)).error,
+              "BCBP parsing error; 'f'. Underflow parsing baggage tags");
+    const Read none = run(parser::readBaggageTags, "0014123456003", 0, {}, inYear(2024, false, 6));
     EXPECT_TRUE(none.field.parsed.is_null());
     EXPECT_EQ(none.left, 13u);
 }
 
-TEST(BcbpFields, SimpleParsers) {
+TEST(BcbpFields, SimpleReaders) {
     struct Row {
-        parser::BcbpFieldParser fieldParser;
+        parser::PassItem::Reader reader;
         std::string text;
         json parsed;  // ignored when `error` is set
         std::string error;
     };
     const std::string notNumeric = "Should contain only numerical characters.";
     const Row rows[] = {
-        {parser::textFieldParser("t", false), "     ", nullptr, ""},
-        {parser::textFieldParser("t", false), " AB C ", "AB C", ""},
-        {parser::booleanFieldParser("f"), "Y", true, ""},
-        {parser::booleanFieldParser("f"), "N", false, ""},
-        {parser::booleanFieldParser("f"), "y", false, ""},
-        {parser::booleanFieldParser("f"), " ", false, ""},
-        {parser::lastNameFirstNameParser("n", false, '/'), "SMITH/JOHN  ", {"JOHN", "SMITH"}, ""},
-        {parser::lastNameFirstNameParser("n", false, '/'), "SMITH/  ", nullptr,
+        {parser::readPassText, "     ", nullptr, ""},
+        {parser::readPassText, " AB C ", "AB C", ""},
+        {parser::readPassText, "\tA", "\tA", ""},  // only blanks are trimmed
+        {parser::readPassFlag, "Y", true, ""},
+        {parser::readPassFlag, "N", false, ""},
+        {parser::readPassFlag, "y", false, ""},
+        {parser::readPassFlag, " ", false, ""},
+        {parser::readPassengerName, "SMITH/JOHN  ", {"JOHN", "SMITH"}, ""},
+        {parser::readPassengerName, " SMITH / JOHN PAUL/", {"JOHN PAUL", "SMITH"}, ""},
+        {parser::readPassengerName, "A/B/C", {"C", "B", "A"}, ""},
+        {parser::readPassengerName, "/", nullptr, "Only one name was recognized; two required."},
+        {parser::readPassengerName, "SMITH/  ", nullptr,
          "Only one name was recognized; two required."},
-        {parser::lastNameFirstNameParser("n", false, '/'), "      ", nullptr,
+        {parser::readPassengerName, "      ", nullptr,
          "Only one name was recognized; two required."},
-        {parser::intFieldParser("i", true), "7", 7, ""},
-        {parser::intFieldParser("i", true), "12 ", 12, ""},
-        {parser::intFieldParser("i", false), "   ", nullptr, ""},
-        {parser::intFieldParser("i", true), " ", nullptr, notNumeric},
-        {parser::intFieldParser("i", false), "1A", nullptr, notNumeric},
-        {parser::hexIntFieldParser("h"), "F", 15, ""},
-        {parser::hexIntFieldParser("h"), "2a", 42, ""},
-        {parser::hexIntFieldParser("h"), "G", nullptr, notNumeric},
-        {parser::hexIntFieldParser("h"), "1 ", nullptr, notNumeric},
-        {parser::hexIntFieldParser("h"), "FFFFFFFFFFFFFFFFFFFF", nullptr, notNumeric},
+        {parser::readPassCount, "7", 7, ""},
+        {parser::readPassCount, "12 ", 12, ""},
+        {parser::readPassCount, " 012", 12, ""},
+        {parser::readPassCount, "\t3", 3, ""},
+        {parser::readPassCount, "2147483647", 2147483647, ""},
+        {parser::readPassCount, "2147483648", nullptr, notNumeric},
+        {parser::readPassCount, " ", nullptr, notNumeric},
+        {parser::readPassCount, "1A", nullptr, notNumeric},
+        {parser::readPassCount, "+1", nullptr, notNumeric},
+        {parser::readPassCount, "-1", nullptr, notNumeric},
+        {parser::readPassCount, "1 2", nullptr, notNumeric},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
-        const Read read = run(row.fieldParser, row.text, row.text.size());
+        const Read read = run(row.reader, row.text, row.text.size());
         if (!row.error.empty()) {
-            EXPECT_NE(read.error.find(row.error), std::string::npos) << read.error;
+            EXPECT_EQ(read.error, "BCBP parsing error; 'f'. " + row.error);
             continue;
         }
         ASSERT_TRUE(read.ok) << read.error;
@@ -205,35 +228,76 @@ TEST(BcbpFields, SimpleParsers) {
         EXPECT_EQ(read.field.rawString, row.text);
         EXPECT_EQ(read.left, 0u);
     }
+    // Width 0 gives a null field and takes nothing.
+    for (const auto reader : {parser::readPassText, parser::readPassFlag, parser::readPassCount,
+                              parser::readPassengerName}) {
+        const Read empty = run(reader, "xx", 0);
+        EXPECT_TRUE(empty.added && empty.field.parsed.is_null() && empty.left == 2u);
+    }
 }
 
-TEST(BcbpFields, StrictPatterns) {
+// Section sizes and the version are read as C reads hexadecimal numbers.
+TEST(BcbpFields, HexadecimalNumbers) {
+    const std::pair<const char*, std::optional<long>> rows[] = {
+        {"F", 15},
+        {"2a", 42},
+        {"0F", 15},
+        {" 5", 5},
+        {"+5", 5},
+        {"-1", -1},
+        {"0x1F", 31},
+        {"", std::nullopt},
+        {"G", std::nullopt},
+        {"1 ", std::nullopt},
+        {"0x", std::nullopt},
+        {"FFFFFFFFFFFFFFFFFFFF", std::nullopt},
+    };
+    for (const auto& [text, value] : rows) {
+        EXPECT_EQ(parser::readHexNumber(ParserStringRef(text)), value) << text;
+    }
+}
+
+TEST(BcbpFields, StrictCharacters) {
+    using C = parser::PassCharacters;
     struct Row {
-        const char* field;
+        C characters;
         const char* text;
         bool passes;
     };
+    // clang-format off
     const Row rows[] = {
-        {"seatNumber", "    ", true},         {"seatNumber", "001A", true},
-        {"seatNumber", "01A ", false},        {"seatNumber", "ABC ", true},
-        {"fromAirport", "YUL", true},         {"fromAirport", "YU ", false},
-        {"fromAirport", "yul", false},        {"airlineNumericCode", "014", true},
-        {"airlineNumericCode", "   ", false}, {"passengerDescription", "a", false},
-        {"formatCode", "\x7f", false},        {"formatCode", "M", true},
+        {C::Seat, "    ", true}, {C::Seat, "001A", true}, {C::Seat, "001a", true},
+        {C::Seat, "01A ", false}, {C::Seat, "ABC ", true}, {C::Seat, "  ", true},
+        {C::Seat, "0001", false}, {C::UpperOrBlanks, "YUL", true}, {C::UpperOrBlanks, "YU ", false},
+        {C::UpperOrBlanks, "yul", false}, {C::UpperOrBlanks, "   ", true}, {C::Digits, "014", true},
+        {C::Digits, "   ", false}, {C::DigitsUpperBlank, "a", false},
+        {C::DigitsUpperBlank, "A 1", true}, {C::Printable, "\x7f", false},
+        {C::Printable, "M", true}, {C::Printable, " ~", true}, {C::Any, "\x01", true},
     };
+    // clang-format on
     for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.field) + " '" + row.text + "'");
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(parser::hasPassCharacters(ParserStringRef(row.text), row.characters), row.passes);
+        parser::PassContext strict;
+        strict.strict = true;
         const std::string text = row.text;
-        const Read strict = run(parser::textFieldParser(row.field, true), text, text.size());
-        EXPECT_EQ(strict.ok, row.passes) << strict.error;
+        const Read read = run(parser::readPassText, text, text.size(), {row.characters}, strict);
+        EXPECT_EQ(read.ok, row.passes);
         if (!row.passes) {
-            EXPECT_EQ(strict.error, std::string("BCBP parsing error; '") + row.field +
-                                        "'. content failed strict check");
+            EXPECT_EQ(read.error, "BCBP parsing error; 'f'. content failed strict check");
+            // Seats and sequence numbers of an itinerary receipt are not tested.
+            strict.itinerary = true;
+            EXPECT_TRUE(
+                run(parser::readPassText, text, text.size(), {row.characters, true}, strict).ok);
+            EXPECT_FALSE(
+                run(parser::readPassText, text, text.size(), {row.characters, false}, strict).ok);
         }
-        EXPECT_TRUE(run(parser::textFieldParser(row.field, false), text, text.size()).ok);
+        EXPECT_TRUE(run(parser::readPassText, text, text.size(), {row.characters}).ok);
     }
     // Nothing is taken and nothing is tested for an item of width 0.
-    const Read empty = run(parser::textFieldParser("seatNumber", true), "xx", 0);
+    parser::PassContext strict;
+    strict.strict = true;
+    const Read empty = run(parser::readPassText, "xx", 0, {C::Seat}, strict);
     EXPECT_TRUE(empty.ok && empty.field.parsed.is_null() && empty.left == 2u);
 }
 
@@ -322,7 +386,7 @@ TEST(BcbpParser, FlightYearFollowsCurrentDate) {
     ASSERT_TRUE(bcbp.readOptionsFromJSONString(R"({"referenceYear": 2028})")->ok);
     EXPECT_EQ(flightDate(bcbp), day(2028, 5, 2));
 
-    // One parser shared by threads that all find its field lists out of date.
+    // One parser shared by threads while the year has moved on.
     parser::IataBcbpParser shared;
     Date::overrideCurrentDate(Date{2026, 3, 1});
     std::vector<std::thread> threads;
@@ -334,6 +398,33 @@ TEST(BcbpParser, FlightYearFollowsCurrentDate) {
     }
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(wrong, 0);
+}
+
+// A flight dated before the pass was issued belongs to the following year,
+// on the same day of the year.
+TEST(BcbpParser, FlightBeforeIssueMovesToNextYear) {
+    struct Row {
+        int referenceYear;
+        const char* flightDay;
+        const char* issued;  // year digit and day of the year
+        json flightDate;
+    };
+    const Row rows[] = {
+        {2024, "010", "4360", day(2025, 1, 10)},
+        {2024, "361", "4360", day(2024, 12, 26)},
+        {2023, "060", "3365", day(2024, 2, 29)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.flightDay);
+        const std::string pass = std::string("M1SMITH/JOHN          EXYZ789 LHRJFKBA 0117 ") +
+                                 row.flightDay + "Y023C0042 14E>6180WW" + row.issued +
+                                 "BBA 01251234560012A1251234567890 0BA BA 12345678         1PCN";
+        parser::IataBcbpParser bcbp;
+        ASSERT_TRUE(bcbp.readOptionsFromJSON({{"referenceYear", row.referenceYear}})->ok);
+        const auto result = bcbp.parse(ParserStringRef(pass));
+        ASSERT_FALSE(result->error) << result->error->message;
+        EXPECT_EQ(result->getFieldByName("legs")->parsed.at(0).at("flightDate"), row.flightDate);
+    }
 }
 
 TEST(BcbpCorpus, EveryPassParsesOrFailsCleanly) {
