@@ -3,10 +3,10 @@
 #include <array>
 #include <chrono>
 #include <ctime>
-#include <locale>
 #include <mutex>
-#include <sstream>
 #include <string_view>
+
+#include "common/text.h"
 
 namespace parser {
 
@@ -21,18 +21,6 @@ std::int32_t narrow(std::int64_t value) {
 
 std::mutex gOverrideMutex;
 std::optional<Date> gOverrideDate;
-
-// Reads the whole text as one decimal int the way an input stream does: leading
-// white space and a sign are accepted, trailing bytes are not, and a number
-// beyond the int range fails.
-std::optional<int> extractInt(std::string_view text) {
-    std::istringstream in{std::string(text)};
-    in.imbue(std::locale::classic());
-    int value = 0;
-    if (!(in >> value)) return std::nullopt;
-    if (in.peek() != std::istringstream::traits_type::eof()) return std::nullopt;
-    return value;
-}
 
 // The input may hold any bytes; the message must stay plain ASCII.
 std::string generalFailure(ParserStringRef input, const char* format) {
@@ -220,7 +208,7 @@ result<Date, std::string> dateFromMrzYYMMDD(ParserStringRef text, char filler) {
             part = part.drop_front(1);
         }
         if (part.empty()) continue;
-        const auto value = extractInt(part.view());
+        const auto value = readStreamInt(part);
         if (!value) {
             return result<Date, std::string>::failure("Invalid date: \"" + text.str() +
                                                       "\" could not be converted to YYMMDD date");
@@ -248,10 +236,36 @@ nlohmann::json dateToJson(const Date& date) {
 }
 
 std::optional<int> readDigits(ParserStringRef text) {
+    if (text.empty()) return std::nullopt;
+    constexpr std::int64_t kMax = 2147483647;
+    std::int64_t value = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
+        if (!isAsciiDigit(text[i])) return std::nullopt;
+        value = value * 10 + (text[i] - '0');
+        if (value > kMax) return std::nullopt;
     }
-    return extractInt(text.view());
+    return static_cast<int>(value);
+}
+
+std::optional<int> readStreamInt(ParserStringRef text) {
+    std::size_t i = 0;
+    while (i < text.size() && isCSpace(text[i])) ++i;
+    bool negative = false;
+    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+        negative = text[i] == '-';
+        ++i;
+    }
+    if (i == text.size()) return std::nullopt;
+    // The magnitude may reach 2^31 only for a negative value.
+    constexpr std::int64_t kLimit = std::int64_t{1} << 31;
+    std::int64_t magnitude = 0;
+    for (; i < text.size(); ++i) {
+        if (!isAsciiDigit(text[i])) return std::nullopt;
+        magnitude = magnitude * 10 + (text[i] - '0');
+        if (magnitude > kLimit) return std::nullopt;
+    }
+    if (!negative && magnitude == kLimit) return std::nullopt;
+    return static_cast<int>(negative ? -magnitude : magnitude);
 }
 
 bool isIntInRange(std::optional<int> value, int low, int high) {

@@ -1,6 +1,9 @@
 #include "gs1/result_builder.h"
 
+#include <cstring>
 #include <utility>
+
+#include "common/date.h"
 
 namespace parser {
 
@@ -13,21 +16,21 @@ void ResultBuilder::addIssue(const std::string& text) {
     }
 }
 
-void ResultBuilder::addFailedField(const std::string& name, const std::string& raw,
+void ResultBuilder::addFailedField(const std::string& name, std::string raw,
                                    const std::string& text, bool nameTheAi) {
     addIssue(nameTheAi ? text + " (AI: " + name + ")" : text);
     if (failed) return;
+    nlohmann::json value(raw);
     if (pendingIssue && text.empty()) {
-        result.addField(name, raw, nlohmann::json(raw), std::move(pendingIssue));
+        result.addField(name, std::move(raw), std::move(value), std::move(pendingIssue));
     } else {
-        result.addField(name, raw, nlohmann::json(raw), text);
+        result.addField(name, std::move(raw), std::move(value), text);
     }
     pendingIssue.reset();
 }
 
-void ResultBuilder::addParsedField(const std::string& name, const std::string& raw,
-                                   nlohmann::json value) {
-    result.addField(name, raw, std::move(value), std::move(pendingIssue));
+void ResultBuilder::addParsedField(std::string name, std::string raw, nlohmann::json value) {
+    result.addField(std::move(name), std::move(raw), std::move(value), std::move(pendingIssue));
     pendingIssue.reset();
 }
 
@@ -40,6 +43,23 @@ void ResultBuilder::finishField() {
         pendingIssue.reset();
     }
     message.clear();
+}
+
+int ResultBuilder::currentYear() {
+    if (!currentYear_) currentYear_ = Date::getCurrentYear();
+    return *currentYear_;
+}
+
+const char* ResultBuilder::nextOpenParenthesis(ParserStringRef view) {
+    const char* from = view.data();
+    const char* end = from + view.size();
+    if (end != searchedEnd_ || from < searchedFrom_ || from > found_) {
+        const void* at = view.empty() ? nullptr : std::memchr(from, '(', view.size());
+        searchedFrom_ = from;
+        searchedEnd_ = end;
+        found_ = at == nullptr ? end : static_cast<const char*>(at);
+    }
+    return found_;
 }
 
 }  // namespace parser

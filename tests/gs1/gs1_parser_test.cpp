@@ -31,24 +31,25 @@ TEST(Gs1AiParser, EveryRowIsReachedAndReportsItsMinimum) {
 
     std::size_t machineReachable = 0;
     for (const auto& entry : parser::gs1AiTable()) {
-        SCOPED_TRACE(entry.key);
-        const std::string expected = shortDataMessage(entry.key, entry.minimumLength);
-        const std::string bracketed = "(" + entry.key + ")";
+        const std::string key(entry.key());
+        SCOPED_TRACE(key);
+        const std::string expected = shortDataMessage(key, entry.minimumLength);
+        const std::string bracketed = "(" + key + ")";
         auto viaParentheses = human.parse(ParserStringRef(bracketed));
         ASSERT_EQ(viaParentheses->fields.size(), 1u);
-        EXPECT_EQ(viaParentheses->fields[0].name, entry.key);
+        EXPECT_EQ(viaParentheses->fields[0].name, key);
         ASSERT_EQ(viaParentheses->fields[0].issues.size(), 1u);
         EXPECT_EQ(viaParentheses->fields[0].issues[0]->message, expected);
 
         bool shadowed = false;
-        for (std::size_t n = 2; n < entry.key.size(); ++n) {
-            shadowed = shadowed || parser::findGs1Ai(entry.key.substr(0, n)) != nullptr;
+        for (std::size_t n = 2; n < key.size(); ++n) {
+            shadowed = shadowed || parser::findGs1Ai(key.substr(0, n)) != nullptr;
         }
         if (shadowed) continue;
         ++machineReachable;
-        auto bare = machine.parse(ParserStringRef(entry.key));
+        auto bare = machine.parse(ParserStringRef(key));
         ASSERT_EQ(bare->fields.size(), 1u);
-        EXPECT_EQ(bare->fields[0].name, entry.key);
+        EXPECT_EQ(bare->fields[0].name, key);
         ASSERT_EQ(bare->fields[0].issues.size(), 1u);
         EXPECT_EQ(bare->fields[0].issues[0]->message, expected);
     }
