@@ -1,6 +1,7 @@
 #include "common/date.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <ctime>
 #include <mutex>
@@ -21,6 +22,8 @@ std::int32_t narrow(std::int64_t value) {
 
 std::mutex gOverrideMutex;
 std::optional<Date> gOverrideDate;
+// Lets the clock path skip the mutex while no test has fixed the date.
+std::atomic<bool> gOverrideSet{false};
 
 // The input may hold any bytes; the message must stay plain ASCII.
 std::string generalFailure(ParserStringRef input, const char* format) {
@@ -59,19 +62,28 @@ int Date::getCurrentYear() {
 }
 
 Date Date::getCurrentDate() {
-    {
+    if (gOverrideSet.load(std::memory_order_acquire)) {
         const std::lock_guard<std::mutex> lock(gOverrideMutex);
         if (gOverrideDate) return *gOverrideDate;
     }
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-    QVX_REQUIRE(localtime_r(&now, &local) != nullptr, "precondition failed: local time available");
-    return Date{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+    // Converting to local time is dear, and within one second the date stays.
+    thread_local std::time_t convertedSecond = -1;
+    thread_local Date converted;
+    if (now != convertedSecond) {
+        std::tm local{};
+        QVX_REQUIRE(localtime_r(&now, &local) != nullptr,
+                    "precondition failed: local time available");
+        converted = Date{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+        convertedSecond = now;
+    }
+    return converted;
 }
 
 void Date::overrideCurrentDate(std::optional<Date> date) {
     const std::lock_guard<std::mutex> lock(gOverrideMutex);
     gOverrideDate = date;
+    gOverrideSet.store(date.has_value(), std::memory_order_release);
 }
 
 void Date::setDayToLastDayOfMonthIfUndefined() {
@@ -236,32 +248,34 @@ nlohmann::json dateToJson(const Date& date) {
 }
 
 std::optional<int> readDigits(ParserStringRef text) {
-    if (text.empty()) return std::nullopt;
+    const std::string_view bytes = text.view();
+    if (bytes.empty()) return std::nullopt;
     constexpr std::int64_t kMax = 2147483647;
     std::int64_t value = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isAsciiDigit(text[i])) return std::nullopt;
-        value = value * 10 + (text[i] - '0');
+    for (const char c : bytes) {
+        if (!isAsciiDigit(static_cast<unsigned char>(c))) return std::nullopt;
+        value = value * 10 + (c - '0');
         if (value > kMax) return std::nullopt;
     }
     return static_cast<int>(value);
 }
 
 std::optional<int> readStreamInt(ParserStringRef text) {
+    const std::string_view bytes = text.view();
     std::size_t i = 0;
-    while (i < text.size() && isCSpace(text[i])) ++i;
+    while (i < bytes.size() && isCSpace(static_cast<unsigned char>(bytes[i]))) ++i;
     bool negative = false;
-    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-        negative = text[i] == '-';
+    if (i < bytes.size() && (bytes[i] == '+' || bytes[i] == '-')) {
+        negative = bytes[i] == '-';
         ++i;
     }
-    if (i == text.size()) return std::nullopt;
+    if (i == bytes.size()) return std::nullopt;
     // The magnitude may reach 2^31 only for a negative value.
     constexpr std::int64_t kLimit = std::int64_t{1} << 31;
     std::int64_t magnitude = 0;
-    for (; i < text.size(); ++i) {
-        if (!isAsciiDigit(text[i])) return std::nullopt;
-        magnitude = magnitude * 10 + (text[i] - '0');
+    for (; i < bytes.size(); ++i) {
+        if (!isAsciiDigit(static_cast<unsigned char>(bytes[i]))) return std::nullopt;
+        magnitude = magnitude * 10 + (bytes[i] - '0');
         if (magnitude > kLimit) return std::nullopt;
     }
     if (!negative && magnitude == kLimit) return std::nullopt;

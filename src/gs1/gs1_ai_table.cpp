@@ -1,6 +1,5 @@
 #include "gs1/gs1_ai_table.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -335,25 +334,32 @@ constexpr bool isWellFormed() {
     return true;
 }
 
-// The lookup relies on byte order: a row out of place would silently never be found.
+// Listings rely on byte order, and of equal keys the first in that order is the one found.
 static_assert(isWellFormed(), "GS1 AI rows must be 2 to 4 digits, in ascending key order");
 
-// For each two-digit start "00" to "99", the first row at or behind it; the
-// rows of a start run up to the next start's first row.
-constexpr std::array<std::uint16_t, 101> firstRowByStart() {
-    std::array<std::uint16_t, 101> first{};
-    std::size_t at = 0;
-    for (std::size_t start = 0; start <= 100; ++start) {
-        while (at < kTable.size() && static_cast<std::size_t>((kTable[at].digits[0] - '0') * 10 +
-                                                              (kTable[at].digits[1] - '0')) < start) {
-            ++at;
-        }
-        first[start] = static_cast<std::uint16_t>(at);
-    }
-    return first;
+// Every key of 2 to 4 digits has a rank: its place in byte order among all
+// such keys ("00", "000", "0000", ..., "0009", "001", ...). A key's rank
+// picks its row at once; 0 marks a key without a row, so rows count from 1.
+constexpr std::size_t kRanks = 100 * 111;
+
+constexpr std::size_t rankOf(std::string_view key) {
+    const auto digit = [&key](std::size_t i) { return static_cast<std::size_t>(key[i] - '0'); };
+    std::size_t rank = (digit(0) * 10 + digit(1)) * 111;
+    if (key.size() >= 3) rank += 1 + digit(2) * 11;
+    if (key.size() == 4) rank += 1 + digit(3);
+    return rank;
 }
 
-constexpr std::array<std::uint16_t, 101> kFirstRowByStart = firstRowByStart();
+constexpr std::array<std::uint16_t, kRanks> rowByRank() {
+    std::array<std::uint16_t, kRanks> rows{};
+    for (std::size_t i = 0; i < kTable.size(); ++i) {
+        std::uint16_t& slot = rows[rankOf(kTable[i].key())];
+        if (slot == 0) slot = static_cast<std::uint16_t>(i + 1);  // of equal keys, the first
+    }
+    return rows;
+}
+
+constexpr std::array<std::uint16_t, kRanks> kRowByRank = rowByRank();
 
 }  // namespace
 
@@ -363,16 +369,8 @@ Gs1AiRows gs1AiTable() noexcept {
 
 const Gs1AiEntry* findGs1Ai(std::string_view key) noexcept {
     if (!isDigitKey(key)) return nullptr;
-    const std::size_t start = static_cast<std::size_t>((key[0] - '0') * 10 + (key[1] - '0'));
-    const Gs1AiEntry* first = kTable.data() + kFirstRowByStart[start];
-    const Gs1AiEntry* last = kTable.data() + kFirstRowByStart[start + 1];
-    // At most about a hundred rows share a start ("31"); bisect them.
-    const Gs1AiEntry* at = std::lower_bound(
-        first, last, key, [](const Gs1AiEntry& entry, std::string_view text) {
-            return !notBefore(entry.key(), text);
-        });
-    if (at == last || at->key() != key) return nullptr;
-    return at;
+    const std::uint16_t row = kRowByRank[rankOf(key)];
+    return row == 0 ? nullptr : &kTable[row - 1];
 }
 
 }  // namespace parser

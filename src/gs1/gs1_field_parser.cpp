@@ -41,20 +41,37 @@ std::string overflowIssue(std::uint64_t excess, const std::string& key) {
     return "field overflowed by " + std::to_string(excess) + " in AI " + key;
 }
 
-bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
+constexpr bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
+    const bool letter = isAsciiUpper(byte) || isAsciiLower(byte);
     switch (charset) {
         case Gs1Charset::numeric:
             return isAsciiDigit(byte);
         case Gs1Charset::alphanumeric:
-            return isCharInCharset(byte, Charset::Alphanumeric);
+            return isAsciiDigit(byte) || letter;
         case Gs1Charset::cset82:
             return byte == '!' || byte == '"' || (byte >= '%' && byte <= '?') || byte == '_' ||
-                   isCharInCharset(byte, Charset::Alphabetic);
+                   letter;
         case Gs1Charset::cset39:
-            return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) || isAsciiUpper(byte);
+            return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) ||
+                   isAsciiUpper(byte);
     }
     return false;
 }
+
+// One row of 256 flags per set, so that a value is checked a byte at a time
+// without branching on the set.
+using ByteFlags = std::array<bool, 256>;
+constexpr std::array<ByteFlags, 4> allowedBytes() {
+    std::array<ByteFlags, 4> rows{};
+    for (std::size_t set = 0; set < rows.size(); ++set) {
+        for (std::size_t byte = 0; byte < 256; ++byte) {
+            rows[set][byte] = isInGs1Charset(static_cast<unsigned char>(byte),
+                                             static_cast<Gs1Charset>(set));
+        }
+    }
+    return rows;
+}
+constexpr std::array<ByteFlags, 4> kAllowedBytes = allowedBytes();
 
 // An empty text counts as all digits here.
 bool allDigits(ParserStringRef text) {
@@ -101,14 +118,14 @@ void stripLeadingZeros(std::string& text) {
 
 // Values were once read by stream extraction, and the readings are kept:
 // leading white space is skipped, and nothing may follow the value.
-std::optional<ParserStringRef> extractWord(ParserStringRef raw) {
+std::optional<std::string_view> extractWord(std::string_view raw) {
     std::size_t start = 0;
-    while (start < raw.size() && isCSpace(raw[start])) ++start;
+    while (start < raw.size() && isCSpace(static_cast<unsigned char>(raw[start]))) ++start;
     if (start == raw.size()) return std::nullopt;
     for (std::size_t i = start; i < raw.size(); ++i) {
-        if (isCSpace(raw[i])) return std::nullopt;
+        if (isCSpace(static_cast<unsigned char>(raw[i]))) return std::nullopt;
     }
-    return raw.drop_front(start);
+    return raw.substr(start);
 }
 
 enum class ValueKind { text, integer, encoded };
@@ -132,13 +149,13 @@ std::optional<nlohmann::json> convertValue(ParserStringRef raw, ValueKind kind) 
         if (!number) return std::nullopt;
         return nlohmann::json(*number);
     }
-    const std::optional<ParserStringRef> word = extractWord(raw);
+    const std::optional<std::string_view> word = extractWord(raw.view());
     if (!word) return std::nullopt;
     if (kind == ValueKind::encoded) {
         std::string rejected;
         return nlohmann::json(decodeUriComponent(raw, std::string_view(), rejected));
     }
-    return nlohmann::json(word->view());
+    return nlohmann::json(*word);
 }
 
 bool parseFixedFrame(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
@@ -257,8 +274,11 @@ nlohmann::json ssccValue(ParserStringRef digits) {
 // human form everything up to the next "(".
 std::size_t measureDecimal(ParserStringRef view, const Gs1AiParser& parser) {
     if (parser.humanOnly()) return distanceTo(view, kOpenParenthesis);
+    const std::string_view bytes = view.view();
     std::size_t length = 0;
-    while (length < view.size() && isAsciiDigit(view[length])) ++length;
+    while (length < bytes.size() && isAsciiDigit(static_cast<unsigned char>(bytes[length]))) {
+        ++length;
+    }
     return length;
 }
 
@@ -309,10 +329,11 @@ bool parseNhsRecord(const std::string& key, ResultBuilder& builder, ParserString
 }  // namespace
 
 std::optional<std::string_view> charsetProblem(ParserStringRef view, Gs1Charset charset) {
+    const ByteFlags& allowed = kAllowedBytes[static_cast<std::size_t>(charset)];
     for (const char c : view.view()) {
         const auto byte = static_cast<unsigned char>(c);
         // A zero byte has always meant "nothing found", so it passes unnoticed.
-        if (byte != 0 && !isInGs1Charset(byte, charset)) {
+        if (byte != 0 && !allowed[byte]) {
             if (charset == Gs1Charset::numeric) return "field data must be numeric";
             return "unexpected character found";
         }
@@ -321,8 +342,9 @@ std::optional<std::string_view> charsetProblem(ParserStringRef view, Gs1Charset 
 }
 
 std::size_t separatorDistance(ParserStringRef view, const Gs1AiParser& parser) {
-    for (std::size_t i = 0; i < view.size(); ++i) {
-        const unsigned char byte = view[i];
+    const std::string_view bytes = view.view();
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
         if ((parser.allowMachineReadableCodes && byte == kGroupSeparator) ||
             (parser.allowHumanReadableCodes && byte == kOpenParenthesis)) {
             return i;
