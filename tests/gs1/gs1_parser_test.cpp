@@ -99,6 +99,24 @@ TEST(Gs1AiParser, HumanReadableStringReadsBackToTheSameFields) {
     parser::Date::overrideCurrentDate(std::nullopt);
 }
 
+// With both forms allowed, the walk remembers where the next "(" stands; it
+// must find the following one once it has passed it, however far away.
+TEST(Gs1AiParser, BothFormsFindEveryOpeningParenthesis) {
+    parser::Gs1AiParser both;
+    both.allowHumanReadableCodes = true;
+    std::string code;
+    for (int i = 0; i < 200; ++i) code += "10A\x1d";
+    code += "(21)B\x1d" "3103001250" "10C\x1d" "(22)D";
+    auto result = both.parse(ParserStringRef(code));
+    ASSERT_EQ(result->error, nullptr) << result->error->message;
+    ASSERT_EQ(result->fields.size(), 205u);
+    std::string tail;
+    for (std::size_t i = 200; i < result->fields.size(); ++i) {
+        tail += result->fields[i].name + "=" + result->fields[i].rawString + " ";
+    }
+    EXPECT_EQ(tail, "21=B 3103=001250 310x=1.250 10=C 22=D ");
+}
+
 // Raw element strings with the bracketed text another project expects for
 // them. That project checks lengths only, so codes that fail our check digit,
 // date or length rules are counted apart instead of compared; machine-form 390,
