@@ -34,7 +34,8 @@ void BM_Gs1AiParserLongMachineFormWithHumanAllowed(benchmark::State& state) {
     const auto length = static_cast<std::size_t>(state.range(0));
     std::string input;
     input.reserve(length + 32);
-    while (input.size() < length) input += "3103001250" "10LOT42\x1d";
+    const std::string unit = std::string("3103001250") + "10LOT42\x1d";
+    while (input.size() < length) input += unit;
     parser::Gs1AiParser formatParser;
     formatParser.allowHumanReadableCodes = true;
     for (auto _ : state) {

@@ -274,7 +274,8 @@ constexpr std::size_t widthOf(const char* key) {
 
 constexpr std::size_t valueOf(const char* key) {
     std::size_t value = 0;
-    for (std::size_t i = 0; key[i] != '\0'; ++i) value = value * 10 + static_cast<std::size_t>(key[i] - '0');
+    for (std::size_t i = 0; key[i] != '\0'; ++i)
+        value = value * 10 + static_cast<std::size_t>(key[i] - '0');
     return value;
 }
 

@@ -65,8 +65,8 @@ constexpr std::array<ByteFlags, 4> allowedBytes() {
     std::array<ByteFlags, 4> rows{};
     for (std::size_t set = 0; set < rows.size(); ++set) {
         for (std::size_t byte = 0; byte < 256; ++byte) {
-            rows[set][byte] = isInGs1Charset(static_cast<unsigned char>(byte),
-                                             static_cast<Gs1Charset>(set));
+            rows[set][byte] =
+                isInGs1Charset(static_cast<unsigned char>(byte), static_cast<Gs1Charset>(set));
         }
     }
     return rows;
@@ -246,8 +246,8 @@ bool parseKey(const std::string& key, ResultBuilder& builder, ParserStringRef& v
     }
     view = view.drop_front(layout.length);
     const std::size_t last = layout.length - 1;
-    if (auto mismatch =
-            checkDigitMismatch(static_cast<char>(digits[last]), gs1CheckDigit(digits.first(last)))) {
+    if (auto mismatch = checkDigitMismatch(static_cast<char>(digits[last]),
+                                           gs1CheckDigit(digits.first(last)))) {
         builder.message = std::move(*mismatch);
         builder.addFailedField(key, digits.str(), builder.message, true);
         return !builder.failed;
@@ -474,8 +474,8 @@ bool parseGsrn(const std::string& key, ResultBuilder& builder, ParserStringRef& 
         return !builder.failed;
     }
     const std::size_t last = kGsrnLength - 1;
-    if (auto mismatch =
-            checkDigitMismatch(static_cast<char>(digits[last]), gs1CheckDigit(digits.first(last)))) {
+    if (auto mismatch = checkDigitMismatch(static_cast<char>(digits[last]),
+                                           gs1CheckDigit(digits.first(last)))) {
         builder.message = std::move(*mismatch);
         builder.addFailedField(key, digits.str(), builder.message, true);
         return !builder.failed;

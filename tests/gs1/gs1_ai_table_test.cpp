@@ -36,10 +36,10 @@ TEST(Gs1AiTable, LookupFindsEveryKeyAndOnlyKeys) {
         ASSERT_NE(found, nullptr) << entry.key();
         EXPECT_EQ(found->key(), entry.key());
     }
-    for (const char* absent : {"",      "0",     "1",        "14",  "140",  "4309", "3944", "3949",
-                               "3954",  "3959",  "392",      "393", "3700", "000",  "0000", "991",
-                               "99999", "4\xff", "\xff\xff", "31",  "310",  "43",   "0a",   "/0",
-                               "9:",    "01 ",   " 01",      "-1"}) {
+    for (const char* absent :
+         {"",    "0",   "1",    "14",  "140",  "4309", "3944",  "3949",  "3954",     "3959",
+          "392", "393", "3700", "000", "0000", "991",  "99999", "4\xff", "\xff\xff", "31",
+          "310", "43",  "0a",   "/0",  "9:",   "01 ",  " 01",   "-1"}) {
         EXPECT_EQ(findGs1Ai(absent), nullptr) << absent;
     }
 }
@@ -101,8 +101,8 @@ TEST(Gs1AiTable, MinimumLengthsAgreeWithTheDecoders) {
         ASSERT_NE(minimum, 0u) << key;
         if (key == "421") {
             EXPECT_EQ(entry.minimumLength, minimum + 1);
-        } else if (looser.count(key) > 0 || (key >= "3910" && key <= "3939" && key.size() == 4 &&
-                                             key[2] != '2')) {
+        } else if (looser.count(key) > 0 ||
+                   (key >= "3910" && key <= "3939" && key.size() == 4 && key[2] != '2')) {
             EXPECT_EQ(entry.minimumLength, 1u) << key;
             EXPECT_GT(minimum, 1u) << key;
         } else {

@@ -106,7 +106,7 @@ TEST(Gs1AiParser, BothFormsFindEveryOpeningParenthesis) {
     both.allowHumanReadableCodes = true;
     std::string code;
     for (int i = 0; i < 200; ++i) code += "10A\x1d";
-    code += "(21)B\x1d" "3103001250" "10C\x1d" "(22)D";
+    code += std::string("(21)B\x1d") + "3103001250" + "10C\x1d" + "(22)D";
     auto result = both.parse(ParserStringRef(code));
     ASSERT_EQ(result->error, nullptr) << result->error->message;
     ASSERT_EQ(result->fields.size(), 205u);
