@@ -329,7 +329,7 @@ constexpr bool notBefore(std::string_view a, std::string_view b) {
 
 constexpr bool isWellFormed() {
     for (std::size_t i = 0; i < kTable.size(); ++i) {
-        if (!isDigitKey(kTable[i].key()) || kTable[i].decode == nullptr) return false;
+        if (!isDigitKey(kTable[i].key())) return false;
         if (i > 0 && !notBefore(kTable[i].key(), kTable[i - 1].key())) return false;
     }
     return true;
@@ -341,7 +341,7 @@ static_assert(isWellFormed(), "GS1 AI rows must be 2 to 4 digits, in ascending k
 // Every key of 2 to 4 digits has a rank: its place in byte order among all
 // such keys ("00", "000", "0000", ..., "0009", "001", ...). A key's rank
 // picks its row at once; 0 marks a key without a row, so rows count from 1.
-constexpr std::size_t kRanks = 100 * 111;
+constexpr std::size_t kRanks = std::size_t{100} * 111;
 
 constexpr std::size_t rankOf(std::string_view key) {
     const auto digit = [&key](std::size_t i) { return static_cast<std::size_t>(key[i] - '0'); };

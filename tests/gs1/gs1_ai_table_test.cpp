@@ -97,6 +97,7 @@ TEST(Gs1AiTable, MinimumLengthsAgreeWithTheDecoders) {
     const std::set<std::string> looser = {"4307", "7241", "8026", "8111"};
     for (const auto& entry : gs1AiTable()) {
         const std::string key(entry.key());
+        ASSERT_NE(entry.decode, nullptr) << key;
         const std::size_t minimum = decoderMinimum(entry);
         ASSERT_NE(minimum, 0u) << key;
         if (key == "421") {
