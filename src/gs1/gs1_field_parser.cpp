@@ -270,6 +270,15 @@ nlohmann::json ssccValue(ParserStringRef digits) {
     return value;
 }
 
+// separatorDistance for decoders that look past their own value: the next
+// terminator is remembered, so a long run of such AIs is not searched again
+// for each of them.
+std::size_t rememberedSeparatorDistance(ParserStringRef view, ResultBuilder& builder,
+                                        const Gs1AiParser& parser) {
+    return view.offsetOf(builder.nextTerminator(view, parser.allowMachineReadableCodes,
+                                                parser.allowHumanReadableCodes));
+}
+
 // The length of a measure with implied point: its run of digits, or in the
 // human form everything up to the next "(".
 std::size_t measureDecimal(ParserStringRef view, const Gs1AiParser& parser) {
@@ -488,7 +497,8 @@ bool parseGsrn(const std::string& key, ResultBuilder& builder, ParserStringRef& 
 
 bool parseCheckedIdentifier(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                             const Gs1AiParser& parser, std::size_t length, Gs1Charset charset) {
-    const std::size_t distance = separatorDistance(view, parser);
+    // The terminator may stand far behind the value; the builder remembers it.
+    const std::size_t distance = rememberedSeparatorDistance(view, builder, parser);
     const bool terminated = distance < view.size();
     const bool endsAtGroupSeparator = terminated && view[distance] == kGroupSeparator;
     // In the machine form a complete value may run straight into the next AI.
@@ -757,7 +767,7 @@ bool parseCountryList(const std::string& key, ResultBuilder& builder, ParserStri
 
 bool parseBoolean(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                   const Gs1AiParser& parser) {
-    std::size_t length = separatorDistance(view, parser);
+    std::size_t length = rememberedSeparatorDistance(view, builder, parser);
     // Without a terminator the machine form can only mean the single flag byte.
     if (length == view.size() && !parser.humanOnly() && !view.empty()) length = 1;
     if (length == 0) {

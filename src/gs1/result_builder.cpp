@@ -50,16 +50,25 @@ int ResultBuilder::currentYear() {
     return *currentYear_;
 }
 
-const char* ResultBuilder::nextOpenParenthesis(ParserStringRef view) {
+const char* ResultBuilder::nextTerminator(ParserStringRef view, bool groupSeparator,
+                                          bool openParenthesis) {
+    Search& last = searches_[(groupSeparator ? 2 : 0) + (openParenthesis ? 1 : 0)];
     const char* from = view.data();
     const char* end = from + view.size();
-    if (end != searchedEnd_ || from < searchedFrom_ || from > found_) {
-        const void* at = view.empty() ? nullptr : std::memchr(from, '(', view.size());
-        searchedFrom_ = from;
-        searchedEnd_ = end;
-        found_ = at == nullptr ? end : static_cast<const char*>(at);
+    if (end == last.end && from >= last.from && from <= last.found) return last.found;
+    const char* at = from;
+    if (groupSeparator != openParenthesis) {
+        const void* hit =
+            view.empty() ? nullptr : std::memchr(from, groupSeparator ? '\x1d' : '(', view.size());
+        at = hit == nullptr ? end : static_cast<const char*>(hit);
+    } else {
+        while (at != end &&
+               !((groupSeparator && *at == '\x1d') || (openParenthesis && *at == '('))) {
+            ++at;
+        }
     }
-    return found_;
+    last = Search{from, end, at};
+    return at;
 }
 
 }  // namespace parser

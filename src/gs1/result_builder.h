@@ -2,6 +2,7 @@
 // field, and whether a strict parse has already failed.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -30,9 +31,14 @@ class ResultBuilder {
 
     // The year two-digit years are placed around, read from the clock once per parse.
     int currentYear();
-    // The next "(" at or behind the start of `view`, or its end; remembered, so
-    // that a walk over a long input does not search its whole rest once per AI.
-    const char* nextOpenParenthesis(ParserStringRef view);
+    // The next byte at or behind the start of `view` that is a group separator
+    // (when `groupSeparator`) or a "(" (when `openParenthesis`), or the view's
+    // end. Remembered, so that a walk over a long input does not search its
+    // whole rest again for every AI.
+    const char* nextTerminator(ParserStringRef view, bool groupSeparator, bool openParenthesis);
+    const char* nextOpenParenthesis(ParserStringRef view) {
+        return nextTerminator(view, false, true);
+    }
 
     ParserResult result;
     std::shared_ptr<ParserIssue> pendingIssue;
@@ -42,10 +48,14 @@ class ResultBuilder {
 
   private:
     std::optional<int> currentYear_;
-    // The last search: from where, up to which end, and what it found.
-    const char* searchedFrom_ = nullptr;
-    const char* searchedEnd_ = nullptr;
-    const char* found_ = nullptr;
+    // The last search for each set of bytes: from where, up to which end, and
+    // what it found.
+    struct Search {
+        const char* from = nullptr;
+        const char* end = nullptr;
+        const char* found = nullptr;
+    };
+    std::array<Search, 4> searches_{};
 };
 
 }  // namespace parser

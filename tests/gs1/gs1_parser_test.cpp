@@ -117,6 +117,26 @@ TEST(Gs1AiParser, BothFormsFindEveryOpeningParenthesis) {
     EXPECT_EQ(tail, "21=B 3103=001250 310x=1.250 10=C 22=D ");
 }
 
+// A checked identifier runs straight into the next AI only when no separator
+// follows anywhere; the walk remembers where the next one stands.
+TEST(Gs1AiParser, CheckedIdentifiersLookForTheNextSeparatorAnywhere) {
+    parser::Gs1AiParser machine;
+    std::string code;
+    for (int i = 0; i < 100; ++i) code += "410401234500000943211";
+    auto plain = machine.parse(ParserStringRef(code));
+    ASSERT_EQ(plain->error, nullptr) << plain->error->message;
+    EXPECT_EQ(plain->fields.size(), 200u);
+
+    code +=
+        "\x1d"
+        "10A";
+    auto separated = machine.parse(ParserStringRef(code));
+    ASSERT_NE(separated->error, nullptr);
+    const std::string distance = std::to_string(code.find('\x1d') - 3);
+    EXPECT_EQ(separated->error->message,
+              "invalid field length " + distance + " in AI 410 (AI: 410)");
+}
+
 // Raw element strings with the bracketed text another project expects for
 // them. That project checks lengths only, so codes that fail our check digit,
 // date or length rules are counted apart instead of compared; machine-form 390,
