@@ -127,9 +127,8 @@ TEST(Gs1AiParser, CheckedIdentifiersLookForTheNextSeparatorAnywhere) {
     ASSERT_EQ(plain->error, nullptr) << plain->error->message;
     EXPECT_EQ(plain->fields.size(), 200u);
 
-    code +=
-        "\x1d"
-        "10A";
+    code += '\x1d';
+    code += "10A";
     auto separated = machine.parse(ParserStringRef(code));
     ASSERT_NE(separated->error, nullptr);
     const std::string distance = std::to_string(code.find('\x1d') - 3);
