@@ -1,12 +1,13 @@
 #include "common/date.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <ctime>
-#include <locale>
 #include <mutex>
-#include <sstream>
 #include <string_view>
+
+#include "common/text.h"
 
 namespace parser {
 
@@ -21,18 +22,8 @@ std::int32_t narrow(std::int64_t value) {
 
 std::mutex gOverrideMutex;
 std::optional<Date> gOverrideDate;
-
-// Reads the whole text as one decimal int the way an input stream does: leading
-// white space and a sign are accepted, trailing bytes are not, and a number
-// beyond the int range fails.
-std::optional<int> extractInt(std::string_view text) {
-    std::istringstream in{std::string(text)};
-    in.imbue(std::locale::classic());
-    int value = 0;
-    if (!(in >> value)) return std::nullopt;
-    if (in.peek() != std::istringstream::traits_type::eof()) return std::nullopt;
-    return value;
-}
+// Lets the clock path skip the mutex while no test has fixed the date.
+std::atomic<bool> gOverrideSet{false};
 
 // The input may hold any bytes; the message must stay plain ASCII.
 std::string generalFailure(ParserStringRef input, const char* format) {
@@ -71,19 +62,28 @@ int Date::getCurrentYear() {
 }
 
 Date Date::getCurrentDate() {
-    {
+    if (gOverrideSet.load(std::memory_order_acquire)) {
         const std::lock_guard<std::mutex> lock(gOverrideMutex);
         if (gOverrideDate) return *gOverrideDate;
     }
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-    QVX_REQUIRE(localtime_r(&now, &local) != nullptr, "precondition failed: local time available");
-    return Date{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+    // Converting to local time is dear, and within one second the date stays.
+    thread_local std::time_t convertedSecond = -1;
+    thread_local Date converted;
+    if (now != convertedSecond) {
+        std::tm local{};
+        QVX_REQUIRE(localtime_r(&now, &local) != nullptr,
+                    "precondition failed: local time available");
+        converted = Date{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+        convertedSecond = now;
+    }
+    return converted;
 }
 
 void Date::overrideCurrentDate(std::optional<Date> date) {
     const std::lock_guard<std::mutex> lock(gOverrideMutex);
     gOverrideDate = date;
+    gOverrideSet.store(date.has_value(), std::memory_order_release);
 }
 
 void Date::setDayToLastDayOfMonthIfUndefined() {
@@ -220,7 +220,7 @@ result<Date, std::string> dateFromMrzYYMMDD(ParserStringRef text, char filler) {
             part = part.drop_front(1);
         }
         if (part.empty()) continue;
-        const auto value = extractInt(part.view());
+        const auto value = readStreamInt(part);
         if (!value) {
             return result<Date, std::string>::failure("Invalid date: \"" + text.str() +
                                                       "\" could not be converted to YYMMDD date");
@@ -248,10 +248,38 @@ nlohmann::json dateToJson(const Date& date) {
 }
 
 std::optional<int> readDigits(ParserStringRef text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
+    const std::string_view bytes = text.view();
+    if (bytes.empty()) return std::nullopt;
+    constexpr std::int64_t kMax = 2147483647;
+    std::int64_t value = 0;
+    for (const char c : bytes) {
+        if (!isAsciiDigit(static_cast<unsigned char>(c))) return std::nullopt;
+        value = value * 10 + (c - '0');
+        if (value > kMax) return std::nullopt;
     }
-    return extractInt(text.view());
+    return static_cast<int>(value);
+}
+
+std::optional<int> readStreamInt(ParserStringRef text) {
+    const std::string_view bytes = text.view();
+    std::size_t i = 0;
+    while (i < bytes.size() && isCSpace(static_cast<unsigned char>(bytes[i]))) ++i;
+    bool negative = false;
+    if (i < bytes.size() && (bytes[i] == '+' || bytes[i] == '-')) {
+        negative = bytes[i] == '-';
+        ++i;
+    }
+    if (i == bytes.size()) return std::nullopt;
+    // The magnitude may reach 2^31 only for a negative value.
+    constexpr std::int64_t kLimit = std::int64_t{1} << 31;
+    std::int64_t magnitude = 0;
+    for (; i < bytes.size(); ++i) {
+        if (!isAsciiDigit(static_cast<unsigned char>(bytes[i]))) return std::nullopt;
+        magnitude = magnitude * 10 + (bytes[i] - '0');
+        if (magnitude > kLimit) return std::nullopt;
+    }
+    if (!negative && magnitude == kLimit) return std::nullopt;
+    return static_cast<int>(negative ? -magnitude : magnitude);
 }
 
 bool isIntInRange(std::optional<int> value, int low, int high) {

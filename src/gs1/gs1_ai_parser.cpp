@@ -1,5 +1,6 @@
 #include "gs1/gs1_ai_parser.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -34,6 +35,9 @@ bool notRecognised(ResultBuilder& builder, ParserStringRef view, ParserStringRef
 
 std::unique_ptr<ParserResult> Gs1AiParser::parse(ParserStringRef input) {
     ResultBuilder builder(strictMode);
+    // Enough for most codes at once: a field seldom takes fewer than six bytes.
+    constexpr std::size_t kMostFieldsReserved = 64;
+    builder.result.fields.reserve(std::min(input.size() / 6 + 2, kMostFieldsReserved));
     auto finish = [&builder] { return std::make_unique<ParserResult>(std::move(builder.result)); };
 
     if (input.size() <= 1) {
@@ -53,9 +57,13 @@ std::unique_ptr<ParserResult> Gs1AiParser::parse(ParserStringRef input) {
     for (const ParsedField& field : builder.result.fields) {
         // Derived fields such as "310x" have no AI of their own to print.
         if (!isInCharset(ParserStringRef(field.name), Charset::Numeric)) continue;
-        text += "(" + field.name + ")" + field.rawString;
+        text += '(';
+        text += field.name;
+        text += ')';
+        text += field.rawString;
     }
-    builder.addParsedField("humanReadableString", text, text);
+    nlohmann::json value(text);
+    builder.addParsedField("humanReadableString", std::move(text), std::move(value));
     return finish();
 }
 
@@ -92,9 +100,7 @@ bool Gs1AiParser::parseNextAi(ResultBuilder& builder, ParserStringRef& view) {
     }
 
     std::size_t available = view.size();
-    if (allowHumanReadableCodes) {
-        if (const char* next = view.find_char('(')) available = view.offsetOf(next);
-    }
+    if (allowHumanReadableCodes) available = view.offsetOf(builder.nextOpenParenthesis(view));
 
     if (available < entry->minimumLength) {
         const std::string name = ai.str();
@@ -109,11 +115,14 @@ bool Gs1AiParser::parseNextAi(ResultBuilder& builder, ParserStringRef& view) {
         return !builder.failed && !allowMachineReadableCodes;
     }
 
-    if (!entry->decode(entry->key, builder, view, *this)) return false;
+    const std::string key(entry->key());
+    if (!entry->decode(key, builder, view, *this)) return false;
     // A separator after a fixed-length value is allowed, though not needed.
     view.consume_prefix(kGroupSeparator);
     if (humanOnly() && !view.empty() && !view.starts_with('(')) {
-        if (const char* next = view.find_char('(')) view = view.drop_front(view.offsetOf(next));
+        // Without a "(" behind it the surplus stays where it is.
+        const char* next = builder.nextOpenParenthesis(view);
+        if (next != view.data() + view.size()) view = view.drop_front(view.offsetOf(next));
     }
     return true;
 }

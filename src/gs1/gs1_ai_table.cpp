@@ -1,6 +1,5 @@
 #include "gs1/gs1_ai_table.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -129,199 +128,250 @@ bool approvalDate7006(const std::string& key, ResultBuilder& builder, ParserStri
     return parseVariableText(key, builder, view, parser, 6, 6, Cs::numeric, true);
 }
 
-// Keys are written as single AIs or as inclusive ranges of equal width.
-struct KeySpan {
-    const char* first;
-    const char* last = nullptr;
-};
-
+// A key, or an inclusive range of keys of equal width.
 struct WrittenRow {
-    KeySpan keys[6];  // unused spans stay null
+    const char* first;
+    const char* last;
     std::uint64_t minimumLength;
     Gs1AiDecoder decode;
 };
 
-KeySpan range(const char* first, const char* last) {
-    return {first, last};
+constexpr WrittenRow row(const char* key, std::uint64_t minimumLength, Gs1AiDecoder decode) {
+    return {key, key, minimumLength, decode};
+}
+constexpr WrittenRow row(const char* first, const char* last, std::uint64_t minimumLength,
+                         Gs1AiDecoder decode) {
+    return {first, last, minimumLength, decode};
 }
 
-// One line per row of the AI dictionary, in its usual reading order. The build
-// below puts the rows in byte order.
+// Rows follow the GS1 General Specifications' table of Application Identifiers,
+// one key or range per line in byte order of the key ("3100" before "37").
 // clang-format off
-const WrittenRow kWrittenRows[] = {
-    {{{"00"}}, 18, parseSscc},
-    {{{"01"}, {"02"}}, 14, parseGtin},
-    {{{"10"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"11"}, {"12"}, {"13"}, {"15"}, {"16"}, {"17"}}, 6, parseDate},
-    {{{"20"}}, 2, fixedInteger<2, Cs::numeric>},
-    {{{"21"}, {"22"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"235"}}, 1, variableText<1, 28, Cs::cset82>},
-    {{{"240"}, {"241"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"242"}}, 1, variableText<1, 6, Cs::numeric, true>},
-    {{{"243"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"250"}, {"251"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"253"}}, 13, pattern253},
-    {{{"254"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"255"}}, 13, variableText<13, 25, Cs::numeric, true>},
-    {{{"30"}, {"37"}}, 1, variableInteger<1, 8>},
-    {{range("3100", "3699")}, 6, decimal<6>},
-    {{{"390"}}, 2, variableInteger<2, 16, k390x>},
-    {{range("3900", "3909")}, 1, variableDecimal<1, 15>},
-    {{{"391"}}, 5, variableInteger<5, 19, k391x>},
-    {{range("3910", "3919")}, 1, currencyAmount<4, 18>},
-    {{range("3920", "3929")}, 1, variableDecimal<1, 15>},
-    {{range("3930", "3939")}, 1, currencyAmount<4, 18>},
-    {{{"394"}}, 5, variableInteger<5, 5, k394x>},
-    {{range("3940", "3943")}, 4, variableDecimal<4, 4>},
-    {{range("3950", "3953")}, 6, decimal<6>},
-    {{{"400"}, {"401"}, {"403"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"402"}}, 17, checkedIdentifier<17>},
-    {{range("410", "417")}, 13, checkedIdentifier<13>},
-    {{{"420"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"421"}}, 4, parseCountryPostalCode},
-    {{{"422"}, {"424"}, {"426"}}, 3, fixedText<3, Cs::numeric>},
-    {{{"423"}, {"425"}}, 3, countryList<15>},
-    {{{"427"}}, 1, variableText<1, 3, Cs::cset82>},
-    {{{"4300"}, {"4301"}, {"4310"}, {"4311"}}, 1, encodedText<35>},
-    {{range("4302", "4306"), range("4312", "4316")}, 1, encodedText<70>},
-    {{{"4307"}}, 1, fixedText<2, Cs::alphanumeric>},
-    {{{"4308"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"4308"}}, 1, variableText<1, 20, Cs::cset82>},  // never found: the row above wins
-    {{{"4317"}}, 2, fixedText<2, Cs::alphanumeric>},
-    {{{"4318"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"4319"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"4320"}}, 1, variableText<1, 35, Cs::cset82>},
-    {{{"4321"}, {"4322"}, {"4323"}}, 1, parseBoolean},
-    {{{"4324"}, {"4325"}, {"7003"}}, 10, parseDateTime},
-    {{{"4326"}}, 6, parseDate},
-    {{range("4330", "4333")}, 6, parseTemperature},
-    {{{"7001"}}, 13, variableText<13, 13, Cs::numeric, true>},
-    {{{"7002"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"7004"}}, 1, variableText<1, 4, Cs::numeric, true>},
-    {{{"7005"}}, 1, variableText<1, 12, Cs::cset82>},
-    {{{"7006"}}, 6, approvalDate7006},
-    {{{"7007"}}, 6, variableText<6, 12, Cs::numeric, true>},
-    {{{"7008"}}, 1, variableText<1, 3, Cs::cset82>},
-    {{{"7009"}}, 1, variableText<1, 10, Cs::cset82>},
-    {{{"7010"}}, 1, variableText<1, 2, Cs::cset82>},
-    {{{"7020"}}, 1, variableText<1, 20, Cs::alphanumeric>},
-    {{{"7021"}, {"7022"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"7023"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{range("7030", "7039")}, 4, variableText<4, 33, Cs::cset82>},
-    {{{"7040"}}, 4, pattern7040},
-    {{range("710", "714")}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"715"}}, 1, pattern715},
-    {{range("7230", "7239")}, 3, pattern723x},
-    {{{"7240"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"7241"}}, 1, fixedText<2, Cs::numeric>},
-    {{{"7242"}}, 1, variableText<1, 25, Cs::cset82>},
-    {{{"8001"}}, 14, variableText<14, 14, Cs::numeric, true>},
-    {{{"8002"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"8003"}}, 14, variableText<14, 30, Cs::cset82>},
-    {{{"8004"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"8005"}}, 6, variableText<6, 6, Cs::numeric, true>},
-    {{{"8006"}}, 18, variableText<18, 18, Cs::numeric, true>},
-    {{{"8007"}}, 1, variableText<1, 34, Cs::cset82>},
-    {{{"8008"}}, 9, variableText<9, 12, Cs::numeric, true>},
-    {{{"8009"}}, 1, variableText<1, 50, Cs::cset82>},
-    {{{"8010"}}, 1, variableText<1, 30, Cs::cset82>},
-    {{{"8011"}}, 1, variableText<1, 12, Cs::numeric, true>},
-    {{{"8012"}}, 1, variableText<1, 20, Cs::cset82>},
-    {{{"8013"}}, 1, variableText<1, 25, Cs::cset82>},
-    {{{"8017"}, {"8018"}}, 18, parseGsrn},
-    {{{"8019"}}, 1, variableText<1, 10, Cs::numeric, true>},
-    {{{"8020"}}, 1, variableText<1, 25, Cs::cset82>},
-    {{{"8026"}}, 1, fixedText<18, Cs::numeric>},
-    {{{"8110"}, {"8112"}, {"8200"}}, 1, variableText<1, 70, Cs::cset82>},
-    {{{"8111"}}, 1, variableText<4, 4, Cs::numeric, true>},
-    {{range("90", "99")}, 1, parseInternal},
+constexpr WrittenRow kWrittenRows[] = {
+    row("00", 18, parseSscc),
+    row("01", 14, parseGtin),
+    row("02", 14, parseGtin),
+    row("10", 1, variableText<1, 20, Cs::cset82>),
+    row("11", 6, parseDate),
+    row("12", 6, parseDate),
+    row("13", 6, parseDate),
+    row("15", 6, parseDate),
+    row("16", 6, parseDate),
+    row("17", 6, parseDate),
+    row("20", 2, fixedInteger<2, Cs::numeric>),
+    row("21", 1, variableText<1, 20, Cs::cset82>),
+    row("22", 1, variableText<1, 20, Cs::cset82>),
+    row("235", 1, variableText<1, 28, Cs::cset82>),
+    row("240", 1, variableText<1, 30, Cs::cset82>),
+    row("241", 1, variableText<1, 30, Cs::cset82>),
+    row("242", 1, variableText<1, 6, Cs::numeric, true>),
+    row("243", 1, variableText<1, 20, Cs::cset82>),
+    row("250", 1, variableText<1, 30, Cs::cset82>),
+    row("251", 1, variableText<1, 30, Cs::cset82>),
+    row("253", 13, pattern253),
+    row("254", 1, variableText<1, 20, Cs::cset82>),
+    row("255", 13, variableText<13, 25, Cs::numeric, true>),
+    row("30", 1, variableInteger<1, 8>),
+    row("3100", "3699", 6, decimal<6>),
+    row("37", 1, variableInteger<1, 8>),
+    row("390", 2, variableInteger<2, 16, k390x>),
+    row("3900", "3909", 1, variableDecimal<1, 15>),
+    row("391", 5, variableInteger<5, 19, k391x>),
+    row("3910", "3919", 1, currencyAmount<4, 18>),
+    row("3920", "3929", 1, variableDecimal<1, 15>),
+    row("3930", "3939", 1, currencyAmount<4, 18>),
+    row("394", 5, variableInteger<5, 5, k394x>),
+    row("3940", "3943", 4, variableDecimal<4, 4>),
+    row("3950", "3953", 6, decimal<6>),
+    row("400", 1, variableText<1, 30, Cs::cset82>),
+    row("401", 1, variableText<1, 30, Cs::cset82>),
+    row("402", 17, checkedIdentifier<17>),
+    row("403", 1, variableText<1, 30, Cs::cset82>),
+    row("410", "417", 13, checkedIdentifier<13>),
+    row("420", 1, variableText<1, 20, Cs::cset82>),
+    row("421", 4, parseCountryPostalCode),
+    row("422", 3, fixedText<3, Cs::numeric>),
+    row("423", 3, countryList<15>),
+    row("424", 3, fixedText<3, Cs::numeric>),
+    row("425", 3, countryList<15>),
+    row("426", 3, fixedText<3, Cs::numeric>),
+    row("427", 1, variableText<1, 3, Cs::cset82>),
+    row("4300", 1, encodedText<35>),
+    row("4301", 1, encodedText<35>),
+    row("4302", "4306", 1, encodedText<70>),
+    row("4307", 1, fixedText<2, Cs::alphanumeric>),
+    row("4308", 1, variableText<1, 30, Cs::cset82>),
+    // 4308 is listed twice (limits 30 and 20) in the table these rows came from; both stay so
+    // that the rows match it one for one (803 of them), and lookups find the first.
+    row("4308", 1, variableText<1, 20, Cs::cset82>),
+    row("4310", 1, encodedText<35>),
+    row("4311", 1, encodedText<35>),
+    row("4312", "4316", 1, encodedText<70>),
+    row("4317", 2, fixedText<2, Cs::alphanumeric>),
+    row("4318", 1, variableText<1, 20, Cs::cset82>),
+    row("4319", 1, variableText<1, 30, Cs::cset82>),
+    row("4320", 1, variableText<1, 35, Cs::cset82>),
+    row("4321", 1, parseBoolean),
+    row("4322", 1, parseBoolean),
+    row("4323", 1, parseBoolean),
+    row("4324", 10, parseDateTime),
+    row("4325", 10, parseDateTime),
+    row("4326", 6, parseDate),
+    row("4330", "4333", 6, parseTemperature),
+    row("7001", 13, variableText<13, 13, Cs::numeric, true>),
+    row("7002", 1, variableText<1, 30, Cs::cset82>),
+    row("7003", 10, parseDateTime),
+    row("7004", 1, variableText<1, 4, Cs::numeric, true>),
+    row("7005", 1, variableText<1, 12, Cs::cset82>),
+    row("7006", 6, approvalDate7006),
+    row("7007", 6, variableText<6, 12, Cs::numeric, true>),
+    row("7008", 1, variableText<1, 3, Cs::cset82>),
+    row("7009", 1, variableText<1, 10, Cs::cset82>),
+    row("7010", 1, variableText<1, 2, Cs::cset82>),
+    row("7020", 1, variableText<1, 20, Cs::alphanumeric>),
+    row("7021", 1, variableText<1, 20, Cs::cset82>),
+    row("7022", 1, variableText<1, 20, Cs::cset82>),
+    row("7023", 1, variableText<1, 30, Cs::cset82>),
+    row("7030", "7039", 4, variableText<4, 33, Cs::cset82>),
+    row("7040", 4, pattern7040),
+    row("710", "714", 1, variableText<1, 20, Cs::cset82>),
+    row("715", 1, pattern715),
+    row("7230", "7239", 3, pattern723x),
+    row("7240", 1, variableText<1, 20, Cs::cset82>),
+    row("7241", 1, fixedText<2, Cs::numeric>),
+    row("7242", 1, variableText<1, 25, Cs::cset82>),
+    row("8001", 14, variableText<14, 14, Cs::numeric, true>),
+    row("8002", 1, variableText<1, 20, Cs::cset82>),
+    row("8003", 14, variableText<14, 30, Cs::cset82>),
+    row("8004", 1, variableText<1, 30, Cs::cset82>),
+    row("8005", 6, variableText<6, 6, Cs::numeric, true>),
+    row("8006", 18, variableText<18, 18, Cs::numeric, true>),
+    row("8007", 1, variableText<1, 34, Cs::cset82>),
+    row("8008", 9, variableText<9, 12, Cs::numeric, true>),
+    row("8009", 1, variableText<1, 50, Cs::cset82>),
+    row("8010", 1, variableText<1, 30, Cs::cset82>),
+    row("8011", 1, variableText<1, 12, Cs::numeric, true>),
+    row("8012", 1, variableText<1, 20, Cs::cset82>),
+    row("8013", 1, variableText<1, 25, Cs::cset82>),
+    row("8017", 18, parseGsrn),
+    row("8018", 18, parseGsrn),
+    row("8019", 1, variableText<1, 10, Cs::numeric, true>),
+    row("8020", 1, variableText<1, 25, Cs::cset82>),
+    row("8026", 1, fixedText<18, Cs::numeric>),
+    row("8110", 1, variableText<1, 70, Cs::cset82>),
+    row("8111", 1, variableText<4, 4, Cs::numeric, true>),
+    row("8112", 1, variableText<1, 70, Cs::cset82>),
+    row("8200", 1, variableText<1, 70, Cs::cset82>),
+    row("90", "99", 1, parseInternal),
 };
 // clang-format on
 
-// Keys have 2 to 4 digits. Each width gets a block of slots indexed by the
-// key's value: 100 two-digit, 1000 three-digit, 10000 four-digit slots.
-constexpr std::array<std::size_t, 5> kSlotBase = {0, 0, 0, 100, 1100};
-constexpr std::size_t kSlotCount = 11100;
+constexpr std::size_t widthOf(const char* key) {
+    std::size_t width = 0;
+    while (key[width] != '\0') ++width;
+    return width;
+}
 
-std::size_t slotOf(const std::string& key) {
-    QVX_REQUIRE(key.size() >= 2 && key.size() <= 4, "precondition failed: AI of 2 to 4 digits");
+constexpr std::size_t valueOf(const char* key) {
     std::size_t value = 0;
-    for (char c : key) {
-        QVX_REQUIRE(c >= '0' && c <= '9', "precondition failed: AI of 2 to 4 digits");
-        value = value * 10 + static_cast<std::size_t>(c - '0');
-    }
-    return kSlotBase[key.size()] + value;
+    for (std::size_t i = 0; key[i] != '\0'; ++i)
+        value = value * 10 + static_cast<std::size_t>(key[i] - '0');
+    return value;
 }
 
-std::string withWidth(std::size_t value, std::size_t width) {
-    std::string text(width, '0');
-    for (std::size_t i = width; i-- > 0; value /= 10) text[i] = static_cast<char>('0' + value % 10);
-    return text;
-}
-
-// Drops the rows into their slots (a key may hold several rows, in written
-// order), then reads the slots in byte order of the key: each two-digit key,
-// followed by its three-digit extensions, each followed by its four-digit
-// extensions. No sort is involved, so rows with equal keys keep their order.
-std::vector<Gs1AiEntry> buildTable() {
-    std::vector<std::vector<Gs1AiEntry>> slots(kSlotCount);
-    std::size_t rows = 0;
+constexpr std::size_t countRows() {
+    std::size_t count = 0;
     for (const WrittenRow& written : kWrittenRows) {
-        for (const KeySpan& span : written.keys) {
-            if (span.first == nullptr) break;
-            const std::string first = span.first;
-            const std::string last = span.last != nullptr ? span.last : span.first;
-            QVX_REQUIRE(first.size() == last.size() && first <= last,
-                        "precondition failed: AI range of equal widths");
-            const std::size_t width = first.size();
-            const std::size_t begin = slotOf(first) - kSlotBase[width];
-            const std::size_t end = slotOf(last) - kSlotBase[width];
-            for (std::size_t value = begin; value <= end; ++value) {
-                slots[kSlotBase[width] + value].push_back(
-                    {withWidth(value, width), written.decode, written.minimumLength});
-                ++rows;
+        count += valueOf(written.last) - valueOf(written.first) + 1;
+    }
+    return count;
+}
+
+constexpr std::size_t kRowCount = countRows();
+
+// Ranges are counted out here, at compile time.
+constexpr std::array<Gs1AiEntry, kRowCount> expandRows() {
+    std::array<Gs1AiEntry, kRowCount> table{};
+    std::size_t at = 0;
+    for (const WrittenRow& written : kWrittenRows) {
+        const std::size_t width = widthOf(written.first);
+        for (std::size_t value = valueOf(written.first); value <= valueOf(written.last); ++value) {
+            Gs1AiEntry& entry = table[at++];
+            std::size_t rest = value;
+            for (std::size_t i = width; i-- > 0; rest /= 10) {
+                entry.digits[i] = static_cast<char>('0' + rest % 10);
             }
+            entry.length = static_cast<std::uint8_t>(width);
+            entry.decode = written.decode;
+            entry.minimumLength = written.minimumLength;
         }
     }
-
-    std::vector<Gs1AiEntry> table;
-    table.reserve(rows);
-    auto emit = [&](std::size_t slot) {
-        for (Gs1AiEntry& entry : slots[slot]) table.push_back(std::move(entry));
-    };
-    for (std::size_t two = 0; two < 100; ++two) {
-        emit(kSlotBase[2] + two);
-        for (std::size_t three = two * 10; three < two * 10 + 10; ++three) {
-            emit(kSlotBase[3] + three);
-            for (std::size_t four = three * 10; four < three * 10 + 10; ++four) {
-                emit(kSlotBase[4] + four);
-            }
-        }
-    }
-
-    // The lookup bisects; a table out of byte order would silently miss keys.
-    QVX_REQUIRE(
-        std::is_sorted(table.begin(), table.end(),
-                       [](const Gs1AiEntry& a, const Gs1AiEntry& b) { return a.key < b.key; }),
-        "postcondition failed: GS1 AI table in ascending key order");
     return table;
 }
+
+constexpr std::array<Gs1AiEntry, kRowCount> kTable = expandRows();
+
+constexpr bool isDigitKey(std::string_view key) {
+    if (key.size() < 2 || key.size() > 4) return false;
+    for (const char c : key) {
+        if (c < '0' || c > '9') return false;
+    }
+    return true;
+}
+
+// Byte order, a key before its own extensions; equal keys are in order.
+constexpr bool notBefore(std::string_view a, std::string_view b) {
+    for (std::size_t i = 0; i < a.size() && i < b.size(); ++i) {
+        if (a[i] != b[i]) return a[i] > b[i];
+    }
+    return a.size() >= b.size();
+}
+
+constexpr bool isWellFormed() {
+    for (std::size_t i = 0; i < kTable.size(); ++i) {
+        if (!isDigitKey(kTable[i].key())) return false;
+        if (i > 0 && !notBefore(kTable[i].key(), kTable[i - 1].key())) return false;
+    }
+    return true;
+}
+
+// Listings rely on byte order, and of equal keys the first in that order is the one found.
+static_assert(isWellFormed(), "GS1 AI rows must be 2 to 4 digits, in ascending key order");
+
+// Every key of 2 to 4 digits has a rank: its place in byte order among all
+// such keys ("00", "000", "0000", ..., "0009", "001", ...). A key's rank
+// picks its row at once; 0 marks a key without a row, so rows count from 1.
+constexpr std::size_t kRanks = std::size_t{100} * 111;
+
+constexpr std::size_t rankOf(std::string_view key) {
+    const auto digit = [&key](std::size_t i) { return static_cast<std::size_t>(key[i] - '0'); };
+    std::size_t rank = (digit(0) * 10 + digit(1)) * 111;
+    if (key.size() >= 3) rank += 1 + digit(2) * 11;
+    if (key.size() == 4) rank += 1 + digit(3);
+    return rank;
+}
+
+constexpr std::array<std::uint16_t, kRanks> rowByRank() {
+    std::array<std::uint16_t, kRanks> rows{};
+    for (std::size_t i = 0; i < kTable.size(); ++i) {
+        std::uint16_t& slot = rows[rankOf(kTable[i].key())];
+        if (slot == 0) slot = static_cast<std::uint16_t>(i + 1);  // of equal keys, the first
+    }
+    return rows;
+}
+
+constexpr std::array<std::uint16_t, kRanks> kRowByRank = rowByRank();
 
 }  // namespace
 
-const std::vector<Gs1AiEntry>& gs1AiTable() {
-    static const std::vector<Gs1AiEntry> table = buildTable();
-    return table;
+Gs1AiRows gs1AiTable() noexcept {
+    return {kTable.data(), kTable.size()};
 }
 
-const Gs1AiEntry* findGs1Ai(std::string_view key) {
-    const std::vector<Gs1AiEntry>& table = gs1AiTable();
-    // std::string_view compares bytes as unsigned, then by length.
-    auto at = std::lower_bound(
-        table.begin(), table.end(), key,
-        [](const Gs1AiEntry& entry, std::string_view text) { return entry.key < text; });
-    if (at == table.end() || at->key != key) return nullptr;
-    return &*at;
+const Gs1AiEntry* findGs1Ai(std::string_view key) noexcept {
+    if (!isDigitKey(key)) return nullptr;
+    const std::uint16_t row = kRowByRank[rankOf(key)];
+    return row == 0 ? nullptr : &kTable[row - 1];
 }
 
 }  // namespace parser

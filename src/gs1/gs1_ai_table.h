@@ -2,10 +2,11 @@
 // bytes that must follow it and the decoder that reads them.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "qvx/string_ref.h"
 
@@ -20,15 +21,32 @@ using Gs1AiDecoder = bool (*)(const std::string& key, ResultBuilder& builder, Pa
                               const Gs1AiParser& parser);
 
 struct Gs1AiEntry {
-    std::string key;
-    Gs1AiDecoder decode;
-    std::uint64_t minimumLength;
+    std::array<char, 4> digits{};  // the AI, 2 to 4 digits; unused bytes stay 0
+    std::uint8_t length = 0;
+    Gs1AiDecoder decode = nullptr;
+    std::uint64_t minimumLength = 0;
+
+    constexpr std::string_view key() const noexcept { return {digits.data(), length}; }
 };
 
-// Every row in byte order of the key, built once.
-const std::vector<Gs1AiEntry>& gs1AiTable();
+// A read-only view of the rows, in byte order of the key.
+class Gs1AiRows {
+  public:
+    constexpr Gs1AiRows(const Gs1AiEntry* rows, std::size_t count) : rows_(rows), count_(count) {}
+    constexpr const Gs1AiEntry* begin() const noexcept { return rows_; }
+    constexpr const Gs1AiEntry* end() const noexcept { return rows_ + count_; }
+    constexpr const Gs1AiEntry* data() const noexcept { return rows_; }
+    constexpr std::size_t size() const noexcept { return count_; }
+    constexpr const Gs1AiEntry& operator[](std::size_t i) const noexcept { return rows_[i]; }
+
+  private:
+    const Gs1AiEntry* rows_;
+    std::size_t count_;
+};
+
+Gs1AiRows gs1AiTable() noexcept;
 
 // The first row whose key equals `key`, or null.
-const Gs1AiEntry* findGs1Ai(std::string_view key);
+const Gs1AiEntry* findGs1Ai(std::string_view key) noexcept;
 
 }  // namespace parser

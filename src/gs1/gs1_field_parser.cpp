@@ -41,21 +41,37 @@ std::string overflowIssue(std::uint64_t excess, const std::string& key) {
     return "field overflowed by " + std::to_string(excess) + " in AI " + key;
 }
 
-bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
+constexpr bool isInGs1Charset(unsigned char byte, Gs1Charset charset) {
+    const bool letter = isAsciiUpper(byte) || isAsciiLower(byte);
     switch (charset) {
         case Gs1Charset::numeric:
             return isAsciiDigit(byte);
         case Gs1Charset::alphanumeric:
-            return isCharInCharset(byte, Charset::Alphanumeric);
+            return isAsciiDigit(byte) || letter;
         case Gs1Charset::cset82:
             return byte == '!' || byte == '"' || (byte >= '%' && byte <= '?') || byte == '_' ||
-                   isCharInCharset(byte, Charset::Alphabetic);
+                   letter;
         case Gs1Charset::cset39:
             return byte == '#' || byte == '-' || byte == '/' || isAsciiDigit(byte) ||
                    isAsciiUpper(byte);
     }
     return false;
 }
+
+// One row of 256 flags per set, so that a value is checked a byte at a time
+// without branching on the set.
+using ByteFlags = std::array<bool, 256>;
+constexpr std::array<ByteFlags, 4> allowedBytes() {
+    std::array<ByteFlags, 4> rows{};
+    for (std::size_t set = 0; set < rows.size(); ++set) {
+        for (std::size_t byte = 0; byte < 256; ++byte) {
+            rows[set][byte] =
+                isInGs1Charset(static_cast<unsigned char>(byte), static_cast<Gs1Charset>(set));
+        }
+    }
+    return rows;
+}
+constexpr std::array<ByteFlags, 4> kAllowedBytes = allowedBytes();
 
 // An empty text counts as all digits here.
 bool allDigits(ParserStringRef text) {
@@ -102,34 +118,14 @@ void stripLeadingZeros(std::string& text) {
 
 // Values were once read by stream extraction, and the readings are kept:
 // leading white space is skipped, and nothing may follow the value.
-std::optional<std::string> extractWord(ParserStringRef raw) {
+std::optional<std::string_view> extractWord(std::string_view raw) {
     std::size_t start = 0;
-    while (start < raw.size() && isCSpace(raw[start])) ++start;
+    while (start < raw.size() && isCSpace(static_cast<unsigned char>(raw[start]))) ++start;
     if (start == raw.size()) return std::nullopt;
     for (std::size_t i = start; i < raw.size(); ++i) {
-        if (isCSpace(raw[i])) return std::nullopt;
+        if (isCSpace(static_cast<unsigned char>(raw[i]))) return std::nullopt;
     }
-    return raw.drop_front(start).str();
-}
-
-std::optional<std::int32_t> extractInt32(ParserStringRef raw) {
-    std::size_t i = 0;
-    while (i < raw.size() && isCSpace(raw[i])) ++i;
-    bool negative = false;
-    if (i < raw.size() && (raw[i] == '+' || raw[i] == '-')) {
-        negative = raw[i] == '-';
-        ++i;
-    }
-    if (i == raw.size()) return std::nullopt;
-    constexpr std::int64_t kLimit = std::int64_t{1} << 31;
-    std::int64_t magnitude = 0;
-    for (; i < raw.size(); ++i) {
-        if (!isAsciiDigit(raw[i])) return std::nullopt;
-        magnitude = magnitude * 10 + (raw[i] - '0');
-        if (magnitude > kLimit) return std::nullopt;
-    }
-    if (!negative && magnitude == kLimit) return std::nullopt;
-    return static_cast<std::int32_t>(negative ? -magnitude : magnitude);
+    return raw.substr(start);
 }
 
 enum class ValueKind { text, integer, encoded };
@@ -141,26 +137,25 @@ struct ByteRule {
     const ParserRegex* pattern = nullptr;
 };
 
-bool breaksRule(ParserStringRef raw, ResultBuilder& builder, const ByteRule& rule) {
-    if (rule.pattern == nullptr) return validateCharset(raw, builder, rule.charset);
-    if (rule.pattern->isPartialMatch(raw)) return false;
-    builder.message = "Does not meet character format requirements for field";
-    return true;
+std::optional<std::string_view> ruleProblem(ParserStringRef raw, const ByteRule& rule) {
+    if (rule.pattern == nullptr) return charsetProblem(raw, rule.charset);
+    if (rule.pattern->isPartialMatch(raw)) return std::nullopt;
+    return "Does not meet character format requirements for field";
 }
 
 std::optional<nlohmann::json> convertValue(ParserStringRef raw, ValueKind kind) {
     if (kind == ValueKind::integer) {
-        const std::optional<std::int32_t> number = extractInt32(raw);
+        const std::optional<int> number = readStreamInt(raw);
         if (!number) return std::nullopt;
         return nlohmann::json(*number);
     }
-    std::optional<std::string> word = extractWord(raw);
+    const std::optional<std::string_view> word = extractWord(raw.view());
     if (!word) return std::nullopt;
     if (kind == ValueKind::encoded) {
         std::string rejected;
         return nlohmann::json(decodeUriComponent(raw, std::string_view(), rejected));
     }
-    return nlohmann::json(std::move(*word));
+    return nlohmann::json(*word);
 }
 
 bool parseFixedFrame(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
@@ -172,7 +167,8 @@ bool parseFixedFrame(const std::string& key, ResultBuilder& builder, ParserStrin
     }
     const std::string& name = fieldName.empty() ? key : fieldName;
     const ParserStringRef raw = view.take_front(length);
-    if (breaksRule(raw, builder, rule)) {
+    if (const auto problem = ruleProblem(raw, rule)) {
+        builder.message = *problem;
         builder.addFailedField(name, raw.str(), builder.message, true);
         return !builder.failed;
     }
@@ -223,13 +219,14 @@ struct KeyLayout {
 
 bool parseKey(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
               const Gs1AiParser& parser, const KeyLayout& layout,
-              nlohmann::json (*makeValue)(const std::string& digits)) {
+              nlohmann::json (*makeValue)(ParserStringRef digits)) {
     if (view.size() < layout.length) {
         builder.addIssue(lengthIssue(view.size(), key));
         return false;
     }
     const ParserStringRef digits = view.first(layout.length);
-    if (validateCharset(digits, builder, Gs1Charset::numeric)) {
+    if (const auto problem = charsetProblem(digits, Gs1Charset::numeric)) {
+        builder.message = *problem;
         const std::string text = layout.nameIdentifier
                                      ? builder.message + " (for identifier \"" + key + "\")"
                                      : builder.message;
@@ -249,31 +246,48 @@ bool parseKey(const std::string& key, ResultBuilder& builder, ParserStringRef& v
     }
     view = view.drop_front(layout.length);
     const std::size_t last = layout.length - 1;
-    if (compareCheckDigit(static_cast<char>(digits[last]), gs1CheckDigit(digits.first(last)),
-                          builder)) {
+    if (auto mismatch = checkDigitMismatch(static_cast<char>(digits[last]),
+                                           gs1CheckDigit(digits.first(last)))) {
+        builder.message = std::move(*mismatch);
         builder.addFailedField(key, digits.str(), builder.message, true);
         return !builder.failed;
     }
-    builder.addParsedField(key, digits.str(), makeValue(digits.str()));
+    builder.addParsedField(key, digits.str(), makeValue(digits));
     return true;
 }
 
-nlohmann::json gtinValue(const std::string& digits) {
-    nlohmann::json value = {{"GTIN", digits}};
+nlohmann::json gtinValue(ParserStringRef digits) {
+    nlohmann::json value = nlohmann::json::object();
+    value["GTIN"] = digits.view();
     if (digits.front() != '0') value["indicator"] = digits.front() - '0';
     return value;
 }
 
-nlohmann::json ssccValue(const std::string& digits) {
-    return {{"SSCC", digits}, {"extensionDigit", digits.substr(0, 1)}};
+nlohmann::json ssccValue(ParserStringRef digits) {
+    nlohmann::json value = nlohmann::json::object();
+    value["SSCC"] = digits.view();
+    value["extensionDigit"] = digits.first(1).view();
+    return value;
+}
+
+// separatorDistance for decoders that look past their own value: the next
+// terminator is remembered, so a long run of such AIs is not searched again
+// for each of them.
+std::size_t rememberedSeparatorDistance(ParserStringRef view, ResultBuilder& builder,
+                                        const Gs1AiParser& parser) {
+    return view.offsetOf(builder.nextTerminator(view, parser.allowMachineReadableCodes,
+                                                parser.allowHumanReadableCodes));
 }
 
 // The length of a measure with implied point: its run of digits, or in the
 // human form everything up to the next "(".
 std::size_t measureDecimal(ParserStringRef view, const Gs1AiParser& parser) {
     if (parser.humanOnly()) return distanceTo(view, kOpenParenthesis);
+    const std::string_view bytes = view.view();
     std::size_t length = 0;
-    while (length < view.size() && isAsciiDigit(view[length])) ++length;
+    while (length < bytes.size() && isAsciiDigit(static_cast<unsigned char>(bytes[length]))) {
+        ++length;
+    }
     return length;
 }
 
@@ -323,22 +337,23 @@ bool parseNhsRecord(const std::string& key, ResultBuilder& builder, ParserString
 
 }  // namespace
 
-bool validateCharset(ParserStringRef view, ResultBuilder& builder, Gs1Charset charset) {
+std::optional<std::string_view> charsetProblem(ParserStringRef view, Gs1Charset charset) {
+    const ByteFlags& allowed = kAllowedBytes[static_cast<std::size_t>(charset)];
     for (const char c : view.view()) {
         const auto byte = static_cast<unsigned char>(c);
         // A zero byte has always meant "nothing found", so it passes unnoticed.
-        if (byte != 0 && !isInGs1Charset(byte, charset)) {
-            builder.message = charset == Gs1Charset::numeric ? "field data must be numeric"
-                                                             : "unexpected character found";
-            return true;
+        if (byte != 0 && !allowed[byte]) {
+            if (charset == Gs1Charset::numeric) return "field data must be numeric";
+            return "unexpected character found";
         }
     }
-    return false;
+    return std::nullopt;
 }
 
 std::size_t separatorDistance(ParserStringRef view, const Gs1AiParser& parser) {
-    for (std::size_t i = 0; i < view.size(); ++i) {
-        const unsigned char byte = view[i];
+    const std::string_view bytes = view.view();
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
         if ((parser.allowMachineReadableCodes && byte == kGroupSeparator) ||
             (parser.allowHumanReadableCodes && byte == kOpenParenthesis)) {
             return i;
@@ -393,12 +408,10 @@ char gs1CheckDigit(ParserStringRef digits) {
     return static_cast<char>('0' + (10 - sum % 10) % 10);
 }
 
-bool compareCheckDigit(char stated, char computed, ResultBuilder& builder) {
-    if (stated == computed) return false;
+std::optional<std::string> checkDigitMismatch(char stated, char computed) {
+    if (stated == computed) return std::nullopt;
     // The digit found in the data is the one called "expected".
-    builder.message =
-        std::string("check digit mismatch: expected ") + stated + " but got " + computed;
-    return true;
+    return std::string("check digit mismatch: expected ") + stated + " but got " + computed;
 }
 
 bool parseVariableText(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
@@ -463,24 +476,29 @@ bool parseGsrn(const std::string& key, ResultBuilder& builder, ParserStringRef& 
         builder.addIssue(lengthIssue(view.size(), key));
         return false;
     }
-    const std::string digits = view.take_front(kGsrnLength).str();
-    if (validateCharset(digits, builder, Gs1Charset::numeric)) {
-        builder.addFailedField(key, digits, builder.message, true);
+    const ParserStringRef digits = view.take_front(kGsrnLength);
+    if (const auto problem = charsetProblem(digits, Gs1Charset::numeric)) {
+        builder.message = *problem;
+        builder.addFailedField(key, digits.str(), builder.message, true);
         return !builder.failed;
     }
     const std::size_t last = kGsrnLength - 1;
-    if (compareCheckDigit(digits[last], gs1CheckDigit(ParserStringRef(digits).first(last)),
-                          builder)) {
-        builder.addFailedField(key, digits, builder.message, true);
+    if (auto mismatch = checkDigitMismatch(static_cast<char>(digits[last]),
+                                           gs1CheckDigit(digits.first(last)))) {
+        builder.message = std::move(*mismatch);
+        builder.addFailedField(key, digits.str(), builder.message, true);
         return !builder.failed;
     }
-    builder.addParsedField(key, digits, nlohmann::json{{"GSRN", digits}});
+    nlohmann::json value = nlohmann::json::object();
+    value["GSRN"] = digits.view();
+    builder.addParsedField(key, digits.str(), std::move(value));
     return true;
 }
 
 bool parseCheckedIdentifier(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                             const Gs1AiParser& parser, std::size_t length, Gs1Charset charset) {
-    const std::size_t distance = separatorDistance(view, parser);
+    // The terminator may stand far behind the value; the builder remembers it.
+    const std::size_t distance = rememberedSeparatorDistance(view, builder, parser);
     const bool terminated = distance < view.size();
     const bool endsAtGroupSeparator = terminated && view[distance] == kGroupSeparator;
     // In the machine form a complete value may run straight into the next AI.
@@ -497,8 +515,13 @@ bool parseCheckedIdentifier(const std::string& key, ResultBuilder& builder, Pars
         return parser.humanOnly() && !builder.failed;
     }
     const ParserStringRef digits = view.first(length);
-    if (length > 0 && compareCheckDigit(static_cast<char>(digits[length - 1]),
-                                        gs1CheckDigit(digits.first(length - 1)), builder)) {
+    std::optional<std::string> mismatch;
+    if (length > 0) {
+        mismatch = checkDigitMismatch(static_cast<char>(digits[length - 1]),
+                                      gs1CheckDigit(digits.first(length - 1)));
+    }
+    if (mismatch) {
+        builder.message = std::move(*mismatch);
         builder.addFailedField(key, digits.str(), builder.message, true);
         view = view.drop_front(length);
         return !builder.failed;
@@ -515,17 +538,18 @@ bool parseDate(const std::string& key, ResultBuilder& builder, ParserStringRef& 
         return false;
     }
     const ParserStringRef rawView = view.first(kDateLength);
-    const std::string raw = rawView.str();
+    std::string raw = rawView.str();
     // The century is not in the data: it comes from the window around today.
-    const auto date = dateFromYYMMDD(rawView, Date::getCurrentYear());
-    if (validateCharset(rawView, builder, Gs1Charset::numeric)) {
-        builder.addFailedField(key, raw, builder.message, true);
+    const auto date = dateFromYYMMDD(rawView, builder.currentYear());
+    if (const auto problem = charsetProblem(rawView, Gs1Charset::numeric)) {
+        builder.message = *problem;
+        builder.addFailedField(key, std::move(raw), builder.message, true);
         view = view.drop_front(kDateLength);
         return !builder.failed;
     }
     view = view.drop_front(kDateLength);
     if (!date.ok()) {
-        builder.addFailedField(key, raw, date.error(), true);
+        builder.addFailedField(key, std::move(raw), date.error(), true);
         return !builder.failed;
     }
     Date value = date.value();
@@ -533,7 +557,7 @@ bool parseDate(const std::string& key, ResultBuilder& builder, ParserStringRef& 
     if (value.day == 0) value.day = Date::getLastDayOfMonth(value.month, value.year);
     checkFieldOverflow(key, builder, view, parser);
     if (builder.failed) return false;
-    builder.addParsedField(key, raw, dateToJson(value));
+    builder.addParsedField(key, std::move(raw), dateToJson(value));
     return true;
 }
 
@@ -544,8 +568,7 @@ bool parseDateTime(const std::string& key, ResultBuilder& builder, ParserStringR
         return false;
     }
     const ParserStringRef rawView = view.take_front(kDateTimeLength);
-    const std::string raw = rawView.str();
-    const auto date = dateFromYYMMDD(rawView.first(kDateLength), Date::getCurrentYear());
+    const auto date = dateFromYYMMDD(rawView.first(kDateLength), builder.currentYear());
     const ParserStringRef time = rawView.drop_front(kDateLength);
     std::string failure;
     int hour = 0;
@@ -560,18 +583,19 @@ bool parseDateTime(const std::string& key, ResultBuilder& builder, ParserStringR
         if (hour > 23 || minute > 59) failure = "invalid time";
     }
     if (!failure.empty()) {
-        builder.addFailedField(key, raw, failure, true);
+        builder.addFailedField(key, rawView.str(), failure, true);
         return !builder.failed;
     }
     checkFieldOverflow(key, builder, view, parser);
     if (builder.failed) return false;
     const Date& day = date.value();
-    builder.addParsedField(key, raw,
-                           nlohmann::json{{"year", day.year},
-                                          {"month", day.month},
-                                          {"day", day.day},
-                                          {"hour", hour},
-                                          {"minute", minute}});
+    nlohmann::json value = nlohmann::json::object();
+    value["year"] = day.year;
+    value["month"] = day.month;
+    value["day"] = day.day;
+    value["hour"] = hour;
+    value["minute"] = minute;
+    builder.addParsedField(key, rawView.str(), std::move(value));
     return true;
 }
 
@@ -581,9 +605,10 @@ bool parseDecimal(const std::string& key, ResultBuilder& builder, ParserStringRe
         builder.addIssue(lengthIssue(view.size(), key));
         return false;
     }
-    const std::string raw = view.first(length).str();
-    if (validateCharset(raw, builder, Gs1Charset::numeric)) {
-        builder.addFailedField(key, raw, builder.message, true);
+    const ParserStringRef raw = view.first(length);
+    if (const auto problem = charsetProblem(raw, Gs1Charset::numeric)) {
+        builder.message = *problem;
+        builder.addFailedField(key, raw.str(), builder.message, true);
         view = view.drop_front(length);
         return !builder.failed;
     }
@@ -592,20 +617,28 @@ bool parseDecimal(const std::string& key, ResultBuilder& builder, ParserStringRe
     const std::size_t decimals = isAsciiDigit(places) ? static_cast<std::size_t>(places - '0') : 0;
     std::string text;
     if (decimals == 0) {
-        text = raw;
+        text = raw.view();
     } else if (decimals >= length) {
-        text = "0." + std::string(decimals - length, '0') + raw;
+        text.reserve(decimals + 2);
+        text += "0.";
+        text.append(decimals - length, '0');
+        text += raw.view();
     } else {
-        text = raw.substr(0, length - decimals) + "." + raw.substr(length - decimals);
+        text.reserve(length + 1);
+        text += raw.first(length - decimals).view();
+        text += '.';
+        text += raw.drop_front(length - decimals).view();
     }
     stripLeadingZeros(text);
     view = view.drop_front(length);
     checkFieldOverflow(key, builder, view, parser);
     if (builder.failed) return false;
-    builder.addParsedField(key, raw, text);
+    builder.addParsedField(key, raw.str(), nlohmann::json(text));
     // The measure again under the family's name ("3103" gives "310x").
     std::string family = key.empty() ? std::string() : key.substr(0, key.size() - 1);
-    builder.addParsedField(family + "x", text, text);
+    family += 'x';
+    nlohmann::json value(text);
+    builder.addParsedField(std::move(family), std::move(text), std::move(value));
     return true;
 }
 
@@ -638,6 +671,7 @@ bool parseCurrencyAmount(const std::string& key, ResultBuilder& builder, ParserS
     // The amount is read as a measure of its own and then re-labelled, each
     // field prefixed with the currency.
     ResultBuilder amount(parser.strictMode);
+    amount.result.fields.reserve(2);
     if (!parseDecimal(key, amount, view, parser, length - kCurrencyLength)) {
         // A strict amount can only fail on its own fatal issue, which leaves no
         // message behind; pass that issue's text on rather than an empty one.
@@ -645,17 +679,21 @@ bool parseCurrencyAmount(const std::string& key, ResultBuilder& builder, ParserS
         builder.addIssue(fromError ? amount.result.error->message : amount.message);
         return false;
     }
-    for (const ParsedField& field : amount.result.fields) {
+    for (ParsedField& field : amount.result.fields) {
         if (!field.issues.empty()) {
             builder.addIssue(field.issues.front()->message);
             if (builder.failed) return false;
         }
         std::string raw = currency + field.rawString;
-        nlohmann::json value =
-            !field.name.empty() && field.name.back() == 'x'
-                ? nlohmann::json{{"currencyCode", currency}, {"amount", field.parsed}}
-                : nlohmann::json(raw);
-        builder.addParsedField(field.name, raw, std::move(value));
+        nlohmann::json value;
+        if (!field.name.empty() && field.name.back() == 'x') {
+            value = nlohmann::json::object();
+            value["currencyCode"] = currency;
+            value["amount"] = std::move(field.parsed);
+        } else {
+            value = raw;
+        }
+        builder.addParsedField(std::move(field.name), std::move(raw), std::move(value));
     }
     return !builder.failed;
 }
@@ -676,17 +714,23 @@ bool parseCountryPostalCode(const std::string& key, ResultBuilder& builder, Pars
     }
     const ParserStringRef country = rawView.first(kCountryLength);
     const ParserStringRef postalCode = rawView.drop_front(kCountryLength);
-    if (validateCharset(country, builder, Gs1Charset::numeric)) {
+    // The country has its own words and leaves no validator message behind.
+    if (charsetProblem(country, Gs1Charset::numeric)) {
         builder.addFailedField(key, raw, "country code data must be numeric", true);
         return !builder.failed;
     }
-    if (validateCharset(postalCode, builder, Gs1Charset::cset82)) {
+    if (const auto problem = charsetProblem(postalCode, Gs1Charset::cset82)) {
+        // Lax: the field is listed twice, once with each text. Strict: the
+        // second text replaces the first as the fatal one.
+        builder.message = *problem;
         builder.addFailedField(key, raw, "unexpected character found in postal code", true);
-        if (!builder.failed) builder.addFailedField(key, raw, builder.message, true);
+        builder.addFailedField(key, raw, builder.message, true);
         return !builder.failed;
     }
-    builder.addParsedField(
-        key, raw, nlohmann::json{{"countryCode", country.str()}, {"postalCode", postalCode.str()}});
+    nlohmann::json value = nlohmann::json::object();
+    value["countryCode"] = country.view();
+    value["postalCode"] = postalCode.view();
+    builder.addParsedField(key, raw, std::move(value));
     if (!wholeView) dropGroupSeparator(view);
     return true;
 }
@@ -706,13 +750,15 @@ bool parseCountryList(const std::string& key, ResultBuilder& builder, ParserStri
             true);
         return false;
     }
-    if (validateCharset(raw, builder, Gs1Charset::numeric)) {
+    if (const auto problem = charsetProblem(raw, Gs1Charset::numeric)) {
+        builder.message = *problem;
         builder.addFailedField(key, raw, builder.message, true);
         return !builder.failed;
     }
     nlohmann::json countries = nlohmann::json::array();
+    countries.get_ref<nlohmann::json::array_t&>().reserve(length / kCountryLength);
     for (std::size_t at = 0; at < length; at += kCountryLength) {
-        countries.push_back(raw.substr(at, kCountryLength));
+        countries.emplace_back(std::string_view(raw).substr(at, kCountryLength));
     }
     builder.addParsedField(key, raw, std::move(countries));
     if (!wholeView) dropGroupSeparator(view);
@@ -721,7 +767,7 @@ bool parseCountryList(const std::string& key, ResultBuilder& builder, ParserStri
 
 bool parseBoolean(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                   const Gs1AiParser& parser) {
-    std::size_t length = separatorDistance(view, parser);
+    std::size_t length = rememberedSeparatorDistance(view, builder, parser);
     // Without a terminator the machine form can only mean the single flag byte.
     if (length == view.size() && !parser.humanOnly() && !view.empty()) length = 1;
     if (length == 0) {
@@ -749,7 +795,8 @@ bool parseTemperature(const std::string& key, ResultBuilder& builder, ParserStri
     }
     // A minus sign may follow the six digits; a plus sign is never written.
     const bool negative = view.size() > kTemperatureLength && view[kTemperatureLength] == '-';
-    std::string text = view.take_front(4).str() + ".";
+    std::string text(view.take_front(4).view());
+    text += '.';
     text += view.take_front(2).view();
     stripLeadingZeros(text);
     if (negative) {

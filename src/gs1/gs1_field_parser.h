@@ -5,7 +5,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "qvx/string_ref.h"
 
@@ -18,9 +20,8 @@ class ResultBuilder;
 
 enum class Gs1Charset { numeric = 0, alphanumeric = 1, cset82 = 2, cset39 = 3 };
 
-// False when every byte is allowed; otherwise leaves the complaint in
-// `builder.message` and returns true.
-bool validateCharset(ParserStringRef view, ResultBuilder& builder, Gs1Charset charset);
+// The complaint about a byte outside `charset`, or nothing when every byte is allowed.
+std::optional<std::string_view> charsetProblem(ParserStringRef view, Gs1Charset charset);
 
 // Distance to the first terminator the parser's forms know (0x1D, "("), or the size.
 std::size_t separatorDistance(ParserStringRef view, const Gs1AiParser& parser);
@@ -31,8 +32,8 @@ std::string decodeUriComponent(ParserStringRef text, std::string_view allowed,
 
 // The GS1 mod-10 check digit of `digits` (those before the check digit).
 char gs1CheckDigit(ParserStringRef digits);
-// False when equal; otherwise leaves the mismatch in `builder.message`, returns true.
-bool compareCheckDigit(char stated, char computed, ResultBuilder& builder);
+// The complaint when the digit in the data differs from the computed one.
+std::optional<std::string> checkDigitMismatch(char stated, char computed);
 
 bool parseVariableText(const std::string& key, ResultBuilder& builder, ParserStringRef& view,
                        const Gs1AiParser& parser, std::size_t minimum, std::size_t maximum,

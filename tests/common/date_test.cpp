@@ -94,12 +94,18 @@ TEST(Date, TwoDigitYearWindow) {
 }
 
 TEST(Date, SmallReaders) {
+    // Leading zeros never count towards the range; a blank or a 0x1D is no digit.
     const std::pair<const char*, std::optional<int>> cases[] = {
         {"007", 7},           {"0002147483647", INT_MAX}, {"2147483648", std::nullopt},
         {"", std::nullopt},   {" 12", std::nullopt},      {"+12", std::nullopt},
         {"-1", std::nullopt}, {"\xd9\xa3", std::nullopt},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(readDigits(text), expected) << text;
+    for (const char* bad : {"12 ", "1\x1d", "99999999999999999999"}) {
+        EXPECT_EQ(readDigits(bad), std::nullopt) << bad;
+    }
+    EXPECT_EQ(readDigits("000000000000000000000000002147483647"), INT_MAX);
+    EXPECT_EQ(readDigits("00000000000000000000"), 0);
     EXPECT_FALSE(isIntInRange(std::nullopt, INT_MIN, INT_MAX));
     EXPECT_EQ(monthFromName("DEC"), 12);
     for (const char* bad : {"jan", "JANUARY", ""}) EXPECT_EQ(monthFromName(bad), -1);
@@ -140,7 +146,22 @@ TEST(Date, MrzReaderToleratesFiller) {
         EXPECT_EQ(dateFromMrzYYMMDD(text, '<').value(), expected) << text;
     EXPECT_EQ(dateFromMrzYYMMDD("99<<<", '<').error(),
               "Invalid date: string \"99<<<\" can not be converted to YYMMDD format");
-    for (const char* bad : {"9913AB", "991 01", "99<<\xe9<"}) {
+    // Each part is read like a stream extracts an int: C white space and one
+    // sign may stand in front, nothing may follow.
+    const std::pair<const char*, Date> signs[] = {
+        {"+9\t1\n1", {9, 1, 1}},
+        {"\v9\f1\r1", {9, 1, 1}},
+        {"-0-9+0", {0, -9, 0}},
+        {"<1 1+1", {1, 1, 1}},
+    };
+    for (const auto& [text, expected] : signs) {
+        const auto got = dateFromMrzYYMMDD(text, '<');
+        ASSERT_TRUE(got.ok()) << text;
+        EXPECT_EQ(got.value(), expected) << text;
+    }
+    for (const char* bad :
+         {"9913AB", "991 01", "99<<\xe9<", "+-0101", "- 0101", " -0101", "  0101", "1 0101",
+          "\24010101", "0x0101", "1.0101", "+<0101", "-<0101", " <0101", "9\0350101"}) {
         EXPECT_EQ(
             dateFromMrzYYMMDD(bad, '<').error(),
             "Invalid date: \"" + std::string(bad) + "\" could not be converted to YYMMDD date");

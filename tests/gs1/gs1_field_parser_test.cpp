@@ -187,7 +187,8 @@ const Case kCases[] = {
     // Country codes.
     {"276D-123\x1D" "10", parseCountryPostalCode, "421", kStrict, true, "10", R"(421|276D-123|{"countryCode":"276","postalCode":"D-123"})", ""},
     {"2A6123", parseCountryPostalCode, "421", kStrict, false, "", "", "country code data must be numeric (AI: 421)"},
-    {"276 123", parseCountryPostalCode, "421", kStrict, false, "", "", "unexpected character found in postal code (AI: 421)"},
+    {"2A6123", parseCountryPostalCode, "421", kLax, true, "", R"(421|2A6123|"2A6123"|country code data must be numeric)", ""},
+    {"276 123", parseCountryPostalCode, "421", kStrict, false, "", "", "unexpected character found (AI: 421)"},
     {"276 123", parseCountryPostalCode, "421", kLax, true, "", R"(421|276 123|"276 123"|unexpected character found in postal code / 421|276 123|"276 123"|unexpected character found)", "", "unexpected character found"},
     {"2761234567890123", parseCountryPostalCode, "421", kStrict, false, "", "", "invalid field length 16 in AI 421 (AI: 421)"},
     {"27\x1D", parseCountryPostalCode, "421", kLax, false, "\x1D", "", "", "string too short to hold country code"},
@@ -222,14 +223,16 @@ TEST(Gs1Helpers, CheckDigitsAndCharsets) {
     EXPECT_EQ(gs1CheckDigit("0950600013435"), '2');
     EXPECT_EQ(gs1CheckDigit("950600013435"), '2');  // weights count from the right
     EXPECT_EQ(gs1CheckDigit(""), '0');
-    ResultBuilder builder(true);
-    EXPECT_FALSE(validateCharset("!\"%&'()*+,-./09:;<=>?AZ_az", builder, Gs1Charset::cset82));
-    EXPECT_TRUE(validateCharset("#", builder, Gs1Charset::cset82));
-    EXPECT_FALSE(validateCharset("#-/09AZ", builder, Gs1Charset::cset39));
-    EXPECT_TRUE(validateCharset("a", builder, Gs1Charset::cset39));
-    EXPECT_EQ(builder.message, "unexpected character found");
-    EXPECT_TRUE(validateCharset("A-", builder, Gs1Charset::alphanumeric));
-    EXPECT_FALSE(validateCharset("", builder, Gs1Charset::numeric));
+    EXPECT_EQ(checkDigitMismatch('5', '5'), std::nullopt);
+    EXPECT_EQ(checkDigitMismatch('5', '3'), "check digit mismatch: expected 5 but got 3");
+    EXPECT_EQ(charsetProblem("!\"%&'()*+,-./09:;<=>?AZ_az", Gs1Charset::cset82), std::nullopt);
+    EXPECT_EQ(charsetProblem("#", Gs1Charset::cset82), "unexpected character found");
+    EXPECT_EQ(charsetProblem("#-/09AZ", Gs1Charset::cset39), std::nullopt);
+    EXPECT_EQ(charsetProblem("a", Gs1Charset::cset39), "unexpected character found");
+    EXPECT_EQ(charsetProblem("A-", Gs1Charset::alphanumeric), "unexpected character found");
+    EXPECT_EQ(charsetProblem("1A", Gs1Charset::numeric), "field data must be numeric");
+    EXPECT_EQ(charsetProblem(""sv, Gs1Charset::numeric), std::nullopt);
+    EXPECT_EQ(charsetProblem("1\0"sv, Gs1Charset::numeric), std::nullopt);  // NUL passes
 }
 
 TEST(Gs1Helpers, DecodeUriComponentRejectsWhatIsNotAllowed) {

@@ -31,24 +31,25 @@ TEST(Gs1AiParser, EveryRowIsReachedAndReportsItsMinimum) {
 
     std::size_t machineReachable = 0;
     for (const auto& entry : parser::gs1AiTable()) {
-        SCOPED_TRACE(entry.key);
-        const std::string expected = shortDataMessage(entry.key, entry.minimumLength);
-        const std::string bracketed = "(" + entry.key + ")";
+        const std::string key(entry.key());
+        SCOPED_TRACE(key);
+        const std::string expected = shortDataMessage(key, entry.minimumLength);
+        const std::string bracketed = "(" + key + ")";
         auto viaParentheses = human.parse(ParserStringRef(bracketed));
         ASSERT_EQ(viaParentheses->fields.size(), 1u);
-        EXPECT_EQ(viaParentheses->fields[0].name, entry.key);
+        EXPECT_EQ(viaParentheses->fields[0].name, key);
         ASSERT_EQ(viaParentheses->fields[0].issues.size(), 1u);
         EXPECT_EQ(viaParentheses->fields[0].issues[0]->message, expected);
 
         bool shadowed = false;
-        for (std::size_t n = 2; n < entry.key.size(); ++n) {
-            shadowed = shadowed || parser::findGs1Ai(entry.key.substr(0, n)) != nullptr;
+        for (std::size_t n = 2; n < key.size(); ++n) {
+            shadowed = shadowed || parser::findGs1Ai(key.substr(0, n)) != nullptr;
         }
         if (shadowed) continue;
         ++machineReachable;
-        auto bare = machine.parse(ParserStringRef(entry.key));
+        auto bare = machine.parse(ParserStringRef(key));
         ASSERT_EQ(bare->fields.size(), 1u);
-        EXPECT_EQ(bare->fields[0].name, entry.key);
+        EXPECT_EQ(bare->fields[0].name, key);
         ASSERT_EQ(bare->fields[0].issues.size(), 1u);
         EXPECT_EQ(bare->fields[0].issues[0]->message, expected);
     }
@@ -96,6 +97,43 @@ TEST(Gs1AiParser, HumanReadableStringReadsBackToTheSameFields) {
         EXPECT_TRUE(second->warnings.empty());
     }
     parser::Date::overrideCurrentDate(std::nullopt);
+}
+
+// With both forms allowed, the walk remembers where the next "(" stands; it
+// must find the following one once it has passed it, however far away.
+TEST(Gs1AiParser, BothFormsFindEveryOpeningParenthesis) {
+    parser::Gs1AiParser both;
+    both.allowHumanReadableCodes = true;
+    std::string code;
+    for (int i = 0; i < 200; ++i) code += "10A\x1d";
+    code += std::string("(21)B\x1d") + "3103001250" + "10C\x1d" + "(22)D";
+    auto result = both.parse(ParserStringRef(code));
+    ASSERT_EQ(result->error, nullptr) << result->error->message;
+    ASSERT_EQ(result->fields.size(), 205u);
+    std::string tail;
+    for (std::size_t i = 200; i < result->fields.size(); ++i) {
+        tail += result->fields[i].name + "=" + result->fields[i].rawString + " ";
+    }
+    EXPECT_EQ(tail, "21=B 3103=001250 310x=1.250 10=C 22=D ");
+}
+
+// A checked identifier runs straight into the next AI only when no separator
+// follows anywhere; the walk remembers where the next one stands.
+TEST(Gs1AiParser, CheckedIdentifiersLookForTheNextSeparatorAnywhere) {
+    parser::Gs1AiParser machine;
+    std::string code;
+    for (int i = 0; i < 100; ++i) code += "410401234500000943211";
+    auto plain = machine.parse(ParserStringRef(code));
+    ASSERT_EQ(plain->error, nullptr) << plain->error->message;
+    EXPECT_EQ(plain->fields.size(), 200u);
+
+    code += '\x1d';
+    code += "10A";
+    auto separated = machine.parse(ParserStringRef(code));
+    ASSERT_NE(separated->error, nullptr);
+    const std::string distance = std::to_string(code.find('\x1d') - 3);
+    EXPECT_EQ(separated->error->message,
+              "invalid field length " + distance + " in AI 410 (AI: 410)");
 }
 
 // Raw element strings with the bracketed text another project expects for
