@@ -1,20 +1,21 @@
 #include "base64.h"
 
+#include <array>
 #include <cstdint>
 
 namespace qvx_cli {
 
 namespace {
 
-// The 6-bit value of a base64 character, or -1.
-int sextet(char c) {
-    if (c >= 'A' && c <= 'Z') return c - 'A';
-    if (c >= 'a' && c <= 'z') return c - 'a' + 26;
-    if (c >= '0' && c <= '9') return c - '0' + 52;
-    if (c == '+') return 62;
-    if (c == '/') return 63;
-    return -1;
-}
+// The 6-bit value of each base64 character; -1 for every other byte.
+constexpr std::array<std::int8_t, 256> kSextets = [] {
+    std::array<std::int8_t, 256> table{};
+    for (auto& value : table) value = -1;
+    constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (int i = 0; i < 64; ++i)
+        table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
+    return table;
+}();
 
 }  // namespace
 
@@ -26,18 +27,18 @@ std::optional<std::string> decodeBase64(std::string_view text) {
     std::string_view body = text.substr(0, text.size() - padding);
     if (body.size() % 4 == 1) return std::nullopt;
 
-    std::string out;
-    out.reserve(body.size() / 4 * 3 + 2);
+    std::string out(body.size() / 4 * 3 + (body.size() % 4 == 0 ? 0 : body.size() % 4 - 1), '\0');
+    char* p = out.data();
     std::uint32_t bits = 0;
     int bitCount = 0;
     for (char c : body) {
-        int value = sextet(c);
+        const int value = kSextets[static_cast<unsigned char>(c)];
         if (value < 0) return std::nullopt;
         bits = ((bits << 6) | static_cast<std::uint32_t>(value)) & 0xFFFF;
         bitCount += 6;
         if (bitCount >= 8) {
             bitCount -= 8;
-            out.push_back(static_cast<char>((bits >> bitCount) & 0xFF));
+            *p++ = static_cast<char>((bits >> bitCount) & 0xFF);
         }
     }
     // What is left over must be the zero filler of a canonical encoding.

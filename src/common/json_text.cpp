@@ -1,8 +1,10 @@
 #include "qvx/json_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 #include "qvx/parsed.h"
 
@@ -12,13 +14,53 @@ namespace {
 
 using json = nlohmann::json;
 
+// Writes into the end of a string through a plain pointer. The string grows
+// ahead of the writing (in doublings, so that the cost stays linear) and is
+// cut to what was written when the sink goes.
+class Sink {
+  public:
+    explicit Sink(std::string& text) : text_(text), start_(text.size()), used_(text.size()) {}
+    ~Sink() { text_.resize(used_); }
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
+
+    // Where the next `n` bytes go; they count once `commit` is told their end.
+    char* claim(std::size_t n) {
+        if (text_.size() - used_ < n) grow(n);
+        return text_.data() + used_;
+    }
+    void commit(const char* end) { used_ = static_cast<std::size_t>(end - text_.data()); }
+
+    void append(const char* bytes, std::size_t n) {
+        std::memcpy(claim(n), bytes, n);
+        used_ += n;
+    }
+    void push_back(char byte) {
+        *claim(1) = byte;
+        ++used_;
+    }
+
+  private:
+    // The room made grows with what this sink has written, so that the bytes
+    // cleared ahead of the writing stay in proportion to the bytes written,
+    // however long the string was before.
+    void grow(std::size_t n) {
+        const std::size_t want = used_ + std::max(n, used_ - start_ + 256);
+        text_.resize(want);
+    }
+
+    std::string& text_;
+    const std::size_t start_;
+    std::size_t used_;
+};
+
 // Literals go over with their length known at compile time.
 template <std::size_t N>
-void put(std::string& out, const char (&literal)[N]) {
+void put(Sink& out, const char (&literal)[N]) {
     out.append(literal, N - 1);
 }
 
-void appendIndent(std::string& out, int width) {
+void appendIndent(Sink& out, int width) {
     static constexpr char kSpaces[] =
         "                                                                ";
     auto left = static_cast<std::size_t>(width);
@@ -87,21 +129,23 @@ Utf8Lead utf8Lead(unsigned char lead) {
     return {0, 0, 0};
 }
 
+void writeString(Sink& out, std::string_view text);
+void writeValue(Sink& out, const nlohmann::json& value, int indentStep, int currentIndent);
+
 template <class Fields, class Deref>
-void appendFields(std::string& out, const Fields& fields, Deref deref, int indentStep,
-                  int currentIndent) {
+void writeFields(Sink& out, const Fields& fields, Deref deref, int indentStep, int currentIndent) {
     if (fields.empty()) {
         put(out, "[]");
         return;
     }
     // Room for the usual case: names, raw texts, values of similar size, keys
     // and indentation; one growth at most where values are long.
-    std::size_t expected = out.size();
+    std::size_t expected = 0;
     for (const auto& item : fields) {
         const ParsedField& field = deref(item);
         expected += 2 * field.rawString.size() + field.name.size() + 96;
     }
-    out.reserve(expected);
+    out.claim(expected);
 
     const bool pretty = indentStep >= 0;
     const int objectIndent = currentIndent + indentStep;
@@ -133,7 +177,7 @@ void appendFields(std::string& out, const Fields& fields, Deref deref, int inden
                 if (!firstIssue) pretty ? put(out, ",\n") : put(out, ",");
                 firstIssue = false;
                 if (pretty) appendIndent(out, memberIndent + indentStep);
-                appendJsonString(out, issue->message);
+                writeString(out, issue->message);
             }
             if (pretty) {
                 out.push_back('\n');
@@ -143,13 +187,13 @@ void appendFields(std::string& out, const Fields& fields, Deref deref, int inden
             closeMember();
         }
         openMember(R"("name": )");
-        appendJsonString(out, field.name);
+        writeString(out, field.name);
         closeMember();
         openMember(R"("parsed": )");
-        appendJsonText(out, field.parsed, indentStep, memberIndent);
+        writeValue(out, field.parsed, indentStep, memberIndent);
         closeMember();
         openMember(R"("rawString": )");
-        appendJsonString(out, field.rawString);
+        writeString(out, field.rawString);
         if (pretty) {
             out.push_back('\n');
             appendIndent(out, objectIndent);
@@ -163,14 +207,10 @@ void appendFields(std::string& out, const Fields& fields, Deref deref, int inden
     out.push_back(']');
 }
 
-}  // namespace
-
-void appendJsonString(std::string& out, std::string_view text) {
+void writeString(Sink& out, std::string_view text) {
     // Room for the worst case (every byte a six-byte escape) first, so that
     // the loop writes through a plain pointer; the rest is cut off after.
-    const std::size_t start = out.size();
-    out.resize(start + 2 + 6 * text.size());
-    char* p = out.data() + start;
+    char* p = out.claim(2 + 6 * text.size());
     const char* const bytes = text.data();
     const std::size_t size = text.size();
     *p++ = '"';
@@ -215,11 +255,10 @@ void appendJsonString(std::string& out, std::string_view text) {
         i = end;
     }
     *p++ = '"';
-    out.resize(static_cast<std::size_t>(p - out.data()));
+    out.commit(p);
 }
 
-void appendJsonText(std::string& out, const nlohmann::json& value, int indentStep,
-                    int currentIndent) {
+void writeValue(Sink& out, const nlohmann::json& value, int indentStep, int currentIndent) {
     const bool pretty = indentStep >= 0;
     switch (value.type()) {
         case json::value_t::null:
@@ -235,7 +274,7 @@ void appendJsonText(std::string& out, const nlohmann::json& value, int indentSte
                 value.is_number_unsigned()
                     ? std::to_chars(buffer, buffer + sizeof buffer, value.get<std::uint64_t>())
                     : std::to_chars(buffer, buffer + sizeof buffer, value.get<std::int64_t>());
-            out.append(buffer, written.ptr);
+            out.append(buffer, static_cast<std::size_t>(written.ptr - buffer));
             return;
         }
         case json::value_t::number_float: {
@@ -248,11 +287,11 @@ void appendJsonText(std::string& out, const nlohmann::json& value, int indentSte
             // library's own dump writes it.
             char buffer[64];
             char* end = nlohmann::detail::to_chars(buffer, buffer + sizeof buffer, number);
-            out.append(buffer, end);
+            out.append(buffer, static_cast<std::size_t>(end - buffer));
             return;
         }
         case json::value_t::string:
-            appendJsonString(out, value.get_ref<const std::string&>());
+            writeString(out, value.get_ref<const std::string&>());
             return;
         case json::value_t::array: {
             const auto& items = value.get_ref<const json::array_t&>();
@@ -266,7 +305,7 @@ void appendJsonText(std::string& out, const nlohmann::json& value, int indentSte
                 if (!first) pretty ? put(out, ",\n") : put(out, ",");
                 first = false;
                 if (pretty) appendIndent(out, currentIndent + indentStep);
-                appendJsonText(out, item, indentStep, currentIndent + indentStep);
+                writeValue(out, item, indentStep, currentIndent + indentStep);
             }
             if (pretty) {
                 out.push_back('\n');
@@ -287,9 +326,9 @@ void appendJsonText(std::string& out, const nlohmann::json& value, int indentSte
                 if (!first) pretty ? put(out, ",\n") : put(out, ",");
                 first = false;
                 if (pretty) appendIndent(out, currentIndent + indentStep);
-                appendJsonString(out, key);
+                writeString(out, key);
                 pretty ? put(out, ": ") : put(out, ":");
-                appendJsonText(out, member, indentStep, currentIndent + indentStep);
+                writeValue(out, member, indentStep, currentIndent + indentStep);
             }
             if (pretty) {
                 out.push_back('\n');
@@ -299,24 +338,42 @@ void appendJsonText(std::string& out, const nlohmann::json& value, int indentSte
             return;
         }
         case json::value_t::binary:
-        case json::value_t::discarded:
+        case json::value_t::discarded: {
             // No parser makes these; the library's own printer knows their forms.
-            out += value.dump(indentStep, ' ', false, json::error_handler_t::ignore);
+            const std::string text =
+                value.dump(indentStep, ' ', false, json::error_handler_t::ignore);
+            out.append(text.data(), text.size());
             return;
+        }
     }
+}
+
+}  // namespace
+
+void appendJsonString(std::string& out, std::string_view text) {
+    Sink sink(out);
+    writeString(sink, text);
+}
+
+void appendJsonText(std::string& out, const nlohmann::json& value, int indentStep,
+                    int currentIndent) {
+    Sink sink(out);
+    writeValue(sink, value, indentStep, currentIndent);
 }
 
 void appendFieldsJsonText(std::string& out, const std::vector<ParsedField>& fields, int indentStep,
                           int currentIndent) {
-    appendFields(
-        out, fields, [](const ParsedField& field) -> const ParsedField& { return field; },
+    Sink sink(out);
+    writeFields(
+        sink, fields, [](const ParsedField& field) -> const ParsedField& { return field; },
         indentStep, currentIndent);
 }
 
 void appendFieldsJsonText(std::string& out, const std::vector<std::shared_ptr<ParsedField>>& fields,
                           int indentStep, int currentIndent) {
-    appendFields(
-        out, fields,
+    Sink sink(out);
+    writeFields(
+        sink, fields,
         [](const std::shared_ptr<ParsedField>& field) -> const ParsedField& { return *field; },
         indentStep, currentIndent);
 }
