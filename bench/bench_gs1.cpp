@@ -29,16 +29,14 @@ void BM_Gs1AiParserDirectLogistics(benchmark::State& state) {
     qvx_bench::parseDirect<parser::Gs1AiParser>(state, qvx_bench::kGs1Logistics);
 }
 
-// A measure and a lot, repeated up to the length asked for; no "(" anywhere,
-// so every AI would see the whole rest if the walk searched it each time.
-void BM_Gs1AiParserLongMachineFormWithHumanAllowed(benchmark::State& state) {
+// Parses `unit` repeated up to the length the benchmark asks for.
+void parseRepeated(benchmark::State& state, const std::string& unit, bool allowHuman) {
     const auto length = static_cast<std::size_t>(state.range(0));
     std::string input;
-    input.reserve(length + 32);
-    const std::string unit = std::string("3103001250") + "10LOT42\x1d";
+    input.reserve(length + unit.size());
     while (input.size() < length) input += unit;
     parser::Gs1AiParser formatParser;
-    formatParser.allowHumanReadableCodes = true;
+    formatParser.allowHumanReadableCodes = allowHuman;
     for (auto _ : state) {
         auto result = formatParser.parse(ParserStringRef(input));
         benchmark::DoNotOptimize(result);
@@ -48,21 +46,16 @@ void BM_Gs1AiParserLongMachineFormWithHumanAllowed(benchmark::State& state) {
                             static_cast<std::int64_t>(input.size()));
 }
 
+// A measure and a lot; no "(" anywhere, so every AI would see the whole rest
+// if the walk searched it each time.
+void BM_Gs1AiParserLongMachineFormWithHumanAllowed(benchmark::State& state) {
+    parseRepeated(state, std::string("3103001250") + "10LOT42\x1d", true);
+}
+
 // Checked identifiers and flags back to back without a separator: each of
 // them looks for the next terminator, which never comes.
 void BM_Gs1AiParserLongMachineFormWithoutSeparators(benchmark::State& state) {
-    const auto length = static_cast<std::size_t>(state.range(0));
-    std::string input;
-    input.reserve(length + 32);
-    while (input.size() < length) input += "410401234500000943211";
-    parser::Gs1AiParser formatParser;
-    for (auto _ : state) {
-        auto result = formatParser.parse(ParserStringRef(input));
-        benchmark::DoNotOptimize(result);
-    }
-    state.SetComplexityN(state.range(0));
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
-                            static_cast<std::int64_t>(input.size()));
+    parseRepeated(state, "410401234500000943211", false);
 }
 
 }  // namespace

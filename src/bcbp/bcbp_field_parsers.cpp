@@ -128,12 +128,15 @@ std::optional<long> readHexNumber(ParserStringRef text) {
     return value;
 }
 
+// An item that the section leaves no room for is listed with no value.
+bool addAbsent(const PassItem& item, FieldTarget& target) {
+    target.add(item.name, ParserStringRef(), nullptr);
+    return true;
+}
+
 bool readPassText(const PassItem& item, ParserStringRef& text, std::size_t width,
                   const PassContext& context, FieldTarget& target) {
-    if (width == 0) {
-        target.add(item.name, ParserStringRef(), nullptr);
-        return true;
-    }
+    if (width == 0) return addAbsent(item, target);
     const ParserStringRef slice = text.take_front(width);
     if (!passesStrictTest(item, context, slice)) {
         return target.fail(bcbpFieldError(item.name, "content failed strict check"));
@@ -145,10 +148,7 @@ bool readPassText(const PassItem& item, ParserStringRef& text, std::size_t width
 
 bool readPassFlag(const PassItem& item, ParserStringRef& text, std::size_t width,
                   const PassContext& /*context*/, FieldTarget& target) {
-    if (width == 0) {
-        target.add(item.name, ParserStringRef(), nullptr);
-        return true;
-    }
+    if (width == 0) return addAbsent(item, target);
     const ParserStringRef slice = text.take_front(width);
     target.add(item.name, slice, slice.size() == 1 && slice.front() == 'Y');
     return true;
@@ -156,10 +156,7 @@ bool readPassFlag(const PassItem& item, ParserStringRef& text, std::size_t width
 
 bool readPassengerName(const PassItem& item, ParserStringRef& text, std::size_t width,
                        const PassContext& context, FieldTarget& target) {
-    if (width == 0) {
-        target.add(item.name, ParserStringRef(), nullptr);
-        return true;
-    }
+    if (width == 0) return addAbsent(item, target);
     const ParserStringRef slice = text.take_front(width);
     if (!passesStrictTest(item, context, slice)) {
         return target.fail(bcbpFieldError(item.name, "content failed strict check"));
@@ -175,10 +172,7 @@ bool readPassengerName(const PassItem& item, ParserStringRef& text, std::size_t 
 
 bool readPassCount(const PassItem& item, ParserStringRef& text, std::size_t width,
                    const PassContext& /*context*/, FieldTarget& target) {
-    if (width == 0) {
-        target.add(item.name, ParserStringRef(), nullptr);
-        return true;
-    }
+    if (width == 0) return addAbsent(item, target);
     const ParserStringRef slice = text.take_front(width);
     std::string_view digits = slice.view();
     while (!digits.empty() && digits.back() == ' ') digits.remove_suffix(1);
@@ -246,10 +240,7 @@ bool readPassDate(const PassItem& item, ParserStringRef& text, std::size_t width
 bool readBaggageTags(const PassItem& item, ParserStringRef& text, std::size_t width,
                      const PassContext& context, FieldTarget& target) {
     constexpr std::size_t kGroupWidth = 13;
-    if (width == 0) {
-        target.add(item.name, ParserStringRef(), nullptr);
-        return true;
-    }
+    if (width == 0) return addAbsent(item, target);
     if (text.size() < kGroupWidth) {
         return target.fail(bcbpFieldError(item.name, "Underflow parsing baggage tags"));
     }
