@@ -7,13 +7,15 @@ namespace qvx_cli {
 
 namespace {
 
-// The 6-bit value of each base64 character; -1 for every other byte.
-constexpr std::array<std::int8_t, 256> kSextets = [] {
-    std::array<std::int8_t, 256> table{};
-    for (auto& value : table) value = -1;
+constexpr std::uint8_t kNotBase64 = 0xFF;
+
+// The 6-bit value of each base64 character; kNotBase64 for every other byte.
+constexpr std::array<std::uint8_t, 256> kSextets = [] {
+    std::array<std::uint8_t, 256> table{};
+    for (auto& value : table) value = kNotBase64;
     constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (int i = 0; i < 64; ++i)
-        table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
+        table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::uint8_t>(i);
     return table;
 }();
 
@@ -32,8 +34,8 @@ std::optional<std::string> decodeBase64(std::string_view text) {
     std::uint32_t bits = 0;
     int bitCount = 0;
     for (char c : body) {
-        const int value = kSextets[static_cast<unsigned char>(c)];
-        if (value < 0) return std::nullopt;
+        const std::uint8_t value = kSextets[static_cast<unsigned char>(c)];
+        if (value == kNotBase64) return std::nullopt;
         bits = ((bits << 6) | static_cast<std::uint32_t>(value)) & 0xFFFF;
         bitCount += 6;
         if (bitCount >= 8) {
