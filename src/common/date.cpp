@@ -66,7 +66,8 @@ Date Date::getCurrentDate() {
         const std::lock_guard<std::mutex> lock(gOverrideMutex);
         if (gOverrideDate) return *gOverrideDate;
     }
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    // Whole seconds are all a date needs, and the coarse clock is the cheap one.
+    const std::time_t now = std::time(nullptr);
     // Converting to local time is dear, and within one second the date stays.
     thread_local std::time_t convertedSecond = -1;
     thread_local Date converted;
@@ -241,9 +242,9 @@ int yearFromTwoDigits(int twoDigitYear, int referenceYear) {
 
 nlohmann::json dateToJson(const Date& date) {
     nlohmann::json json = nlohmann::json::object();
-    json["year"] = date.year;
-    json["month"] = date.month;
-    if (date.day != 0) json["day"] = date.day;
+    if (date.day != 0) addMember(json, "day", date.day);
+    addMember(json, "month", date.month);
+    addMember(json, "year", date.year);
     return json;
 }
 

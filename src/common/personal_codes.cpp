@@ -50,8 +50,8 @@ std::int64_t roundToInt(float value) {
 
 nlohmann::json heightJson(std::int64_t cm, std::int64_t inch) {
     nlohmann::json height = nlohmann::json::object();
-    height["cm"] = cm;
-    height["inch"] = inch;
+    addMember(height, "cm", cm);
+    addMember(height, "inch", inch);
     return height;
 }
 

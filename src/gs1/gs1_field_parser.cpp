@@ -258,15 +258,15 @@ bool parseKey(const std::string& key, ResultBuilder& builder, ParserStringRef& v
 
 nlohmann::json gtinValue(ParserStringRef digits) {
     nlohmann::json value = nlohmann::json::object();
-    value["GTIN"] = digits.view();
-    if (digits.front() != '0') value["indicator"] = digits.front() - '0';
+    addMember(value, "GTIN", digits.view());
+    if (digits.front() != '0') addMember(value, "indicator", digits.front() - '0');
     return value;
 }
 
 nlohmann::json ssccValue(ParserStringRef digits) {
     nlohmann::json value = nlohmann::json::object();
-    value["SSCC"] = digits.view();
-    value["extensionDigit"] = digits.first(1).view();
+    addMember(value, "SSCC", digits.view());
+    addMember(value, "extensionDigit", digits.first(1).view());
     return value;
 }
 
@@ -490,7 +490,7 @@ bool parseGsrn(const std::string& key, ResultBuilder& builder, ParserStringRef& 
         return !builder.failed;
     }
     nlohmann::json value = nlohmann::json::object();
-    value["GSRN"] = digits.view();
+    addMember(value, "GSRN", digits.view());
     builder.addParsedField(key, digits.str(), std::move(value));
     return true;
 }
@@ -590,11 +590,11 @@ bool parseDateTime(const std::string& key, ResultBuilder& builder, ParserStringR
     if (builder.failed) return false;
     const Date& day = date.value();
     nlohmann::json value = nlohmann::json::object();
-    value["year"] = day.year;
-    value["month"] = day.month;
-    value["day"] = day.day;
-    value["hour"] = hour;
-    value["minute"] = minute;
+    addMember(value, "day", day.day);
+    addMember(value, "hour", hour);
+    addMember(value, "minute", minute);
+    addMember(value, "month", day.month);
+    addMember(value, "year", day.year);
     builder.addParsedField(key, rawView.str(), std::move(value));
     return true;
 }
@@ -688,8 +688,8 @@ bool parseCurrencyAmount(const std::string& key, ResultBuilder& builder, ParserS
         nlohmann::json value;
         if (!field.name.empty() && field.name.back() == 'x') {
             value = nlohmann::json::object();
-            value["currencyCode"] = currency;
-            value["amount"] = std::move(field.parsed);
+            addMember(value, "amount", std::move(field.parsed));
+            addMember(value, "currencyCode", currency);
         } else {
             value = raw;
         }
@@ -728,8 +728,8 @@ bool parseCountryPostalCode(const std::string& key, ResultBuilder& builder, Pars
         return !builder.failed;
     }
     nlohmann::json value = nlohmann::json::object();
-    value["countryCode"] = country.view();
-    value["postalCode"] = postalCode.view();
+    addMember(value, "countryCode", country.view());
+    addMember(value, "postalCode", postalCode.view());
     builder.addParsedField(key, raw, std::move(value));
     if (!wholeView) dropGroupSeparator(view);
     return true;

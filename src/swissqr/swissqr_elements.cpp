@@ -57,9 +57,9 @@ bool dateField(ParserResult& result, std::string name, ParserStringRef line,
             return false;
         }
         parsed = nlohmann::json::object();
-        parsed["year"] = digitsValue(line.first(4));
-        parsed["month"] = digitsValue(line.slice(5, 7));
-        parsed["day"] = digitsValue(line.slice(8, 10));
+        addMember(parsed, "day", digitsValue(line.slice(8, 10)));
+        addMember(parsed, "month", digitsValue(line.slice(5, 7)));
+        addMember(parsed, "year", digitsValue(line.first(4)));
     }
     result.addField(std::move(name), line.str(), std::move(parsed), std::move(pending));
     return true;
