@@ -103,22 +103,36 @@ void appendInputError(std::string& out, const json* id, std::string_view text) {
 // still not grow the set of kept parsers without bound.
 constexpr std::size_t kMaxKeptParsers = 64;
 
+using PrepareResult = bar::result<PreparedParser, std::string>;
+
+PrepareResult prepareParser(const Request& request,
+                            const std::shared_ptr<qvx::core::Context>& context) {
+    auto created = qvx::Parser::create(context, request.format);
+    if (!created) return PrepareResult::failure(created.error());
+    PreparedParser prepared{created.value(), std::nullopt};
+    if (request.optionsText) {
+        auto set = prepared.parser->setOptions(*request.optionsText);
+        if (!set) prepared.optionsError = set.error();
+    }
+    return PrepareResult::success(std::move(prepared));
+}
+
+Response respond(const Request& request, const PreparedParser& prepared) {
+    Response response;
+    response.optionsError = prepared.optionsError;
+    if (request.showOptions) response.options = prepared.parser->optionsToJSON();
+    if (!response.optionsError) response.parse = prepared.parser->parse(request.data);
+    return response;
+}
+
 }  // namespace
 
 bar::result<Response, std::string> runRequest(const Request& request) {
     using Result = bar::result<Response, std::string>;
     auto sink = std::make_shared<RecordingSink>();
-    auto created = qvx::Parser::create(std::make_shared<qvx::core::Context>(sink), request.format);
-    if (!created) return Result::failure(created.error());
-    const auto& parser = created.value();
-
-    Response response;
-    if (request.optionsText) {
-        auto set = parser->setOptions(*request.optionsText);
-        if (!set) response.optionsError = set.error();
-    }
-    if (request.showOptions) response.options = parser->optionsToJSON();
-    if (!response.optionsError) response.parse = parser->parse(request.data);
+    auto prepared = prepareParser(request, std::make_shared<qvx::core::Context>(sink));
+    if (!prepared) return Result::failure(prepared.error());
+    Response response = respond(request, prepared.value());
     response.events = std::move(sink->events);
     return Result::success(std::move(response));
 }
@@ -196,22 +210,12 @@ bar::result<Response, std::string> BatchRunner::run(const Request& request) {
     Key key(request.format, request.optionsText);
     auto kept = parsers_.find(key);
     if (kept == parsers_.end()) {
-        auto created = qvx::Parser::create(nullptr, request.format);
-        if (!created) return Result::failure(created.error());
-        Prepared prepared{created.value(), std::nullopt};
-        if (request.optionsText) {
-            auto set = prepared.parser->setOptions(*request.optionsText);
-            if (!set) prepared.optionsError = set.error();
-        }
+        auto prepared = prepareParser(request, nullptr);
+        if (!prepared) return Result::failure(prepared.error());
         if (parsers_.size() >= kMaxKeptParsers) parsers_.clear();
-        kept = parsers_.emplace(std::move(key), std::move(prepared)).first;
+        kept = parsers_.emplace(std::move(key), std::move(prepared).value()).first;
     }
-    const Prepared& prepared = kept->second;
-    Response response;
-    response.optionsError = prepared.optionsError;
-    if (request.showOptions) response.options = prepared.parser->optionsToJSON();
-    if (!response.optionsError) response.parse = prepared.parser->parse(request.data);
-    return Result::success(std::move(response));
+    return Result::success(respond(request, kept->second));
 }
 
 void BatchRunner::handleLine(std::string_view line, std::string& out) {

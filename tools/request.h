@@ -37,6 +37,13 @@ struct Response {
     nlohmann::json events = nlohmann::json::array();
 };
 
+// A parser of one format with one request's options set once.
+struct PreparedParser {
+    std::shared_ptr<qvx::Parser> parser;
+    // The option call's failure; such a parser is never asked to parse.
+    std::optional<std::string> optionsError;
+};
+
 // Runs `request` on a freshly created parser with its own event sink. Fails
 // with the library's creation message when the format is not built.
 bar::result<Response, std::string> runRequest(const Request& request);
@@ -62,15 +69,11 @@ class BatchRunner {
     void handleLine(std::string_view line, std::string& out);
 
   private:
-    struct Prepared {
-        std::shared_ptr<qvx::Parser> parser;
-        std::optional<std::string> optionsError;
-    };
     using Key = std::pair<ParserDataFormat, std::optional<std::string>>;
 
     bar::result<Response, std::string> run(const Request& request);
 
-    std::map<Key, Prepared> parsers_;
+    std::map<Key, PreparedParser> parsers_;
 };
 
 }  // namespace qvx_cli

@@ -161,7 +161,7 @@ bool readPassengerName(const PassItem& item, ParserStringRef& text, std::size_t 
     if (!passesStrictTest(item, context, slice)) {
         return target.fail(bcbpFieldError(item.name, "content failed strict check"));
     }
-    json names = piecesLastFirst(trimWhitespace(slice), '/');
+    json names = splitToJsonArray(trimWhitespace(slice), '/', true);
     if (!names.is_array() || names.size() < 2) {
         return target.fail(
             bcbpFieldError(item.name, "Only one name was recognized; two required."));

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <ctime>
 #include <mutex>
 #include <string_view>
@@ -221,12 +220,12 @@ result<Date, std::string> dateFromMrzYYMMDD(ParserStringRef text, char filler) {
             part = part.drop_front(1);
         }
         if (part.empty()) continue;
-        const auto value = readStreamInt(part);
-        if (!value) {
+        int value = 0;
+        if (!readInt(part.view(), value)) {
             return result<Date, std::string>::failure("Invalid date: \"" + text.str() +
                                                       "\" could not be converted to YYMMDD date");
         }
-        parts[index] = *value;
+        parts[index] = value;
     }
     return result<Date, std::string>::success(Date{parts[0], parts[1], parts[2]});
 }
@@ -259,28 +258,6 @@ std::optional<int> readDigits(ParserStringRef text) {
         if (value > kMax) return std::nullopt;
     }
     return static_cast<int>(value);
-}
-
-std::optional<int> readStreamInt(ParserStringRef text) {
-    const std::string_view bytes = text.view();
-    std::size_t i = 0;
-    while (i < bytes.size() && isCSpace(static_cast<unsigned char>(bytes[i]))) ++i;
-    bool negative = false;
-    if (i < bytes.size() && (bytes[i] == '+' || bytes[i] == '-')) {
-        negative = bytes[i] == '-';
-        ++i;
-    }
-    if (i == bytes.size()) return std::nullopt;
-    // The magnitude may reach 2^31 only for a negative value.
-    constexpr std::int64_t kLimit = std::int64_t{1} << 31;
-    std::int64_t magnitude = 0;
-    for (; i < bytes.size(); ++i) {
-        if (!isAsciiDigit(static_cast<unsigned char>(bytes[i]))) return std::nullopt;
-        magnitude = magnitude * 10 + (bytes[i] - '0');
-        if (magnitude > kLimit) return std::nullopt;
-    }
-    if (!negative && magnitude == kLimit) return std::nullopt;
-    return static_cast<int>(negative ? -magnitude : magnitude);
 }
 
 bool isIntInRange(std::optional<int> value, int low, int high) {

@@ -67,10 +67,6 @@ nlohmann::json dateToJson(const Date& date);
 
 // A number made only of ASCII digits that fits a signed 32-bit value.
 std::optional<int> readDigits(ParserStringRef text);
-// The whole text read as an int the way `std::istream >> int` reads it in the
-// classic locale: C white space and one sign may lead, digits must follow, the
-// value must fit, and nothing may be left over.
-std::optional<int> readStreamInt(ParserStringRef text);
 bool isIntInRange(std::optional<int> value, int low, int high);
 // 1 to 12 for "JAN" to "DEC" (upper case only), -1 otherwise.
 int monthFromName(ParserStringRef text);

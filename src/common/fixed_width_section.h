@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 
 #include "qvx/parsed.h"
@@ -71,14 +70,5 @@ bool runFixedWidthSection(const Items& items, ParserStringRef& text, bool requir
     }
     return true;
 }
-
-// A decimal number: leading white space is skipped and the rest must be
-// digits (at least one) whose value fits an int.
-std::optional<int> readDecimalInt(ParserStringRef text);
-
-// The pieces of a delimited list such as "LAST/FIRST", each trimmed of white
-// space, last piece first. Null for an empty text; a delimiter at the very
-// end gives no empty last piece.
-nlohmann::json piecesLastFirst(ParserStringRef text, char delimiter);
 
 }  // namespace parser

@@ -1,7 +1,9 @@
 #include "common/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <system_error>
 #include <utility>
@@ -271,34 +273,38 @@ bool beginsWith(const char* text, std::size_t length, const char* prefix,
 }
 
 nlohmann::json splitToJsonArray(ParserStringRef text, char delimiter, bool trim) {
-    // The pieces as splitByChar cuts them, without copying them first.
-    std::vector<ParserStringRef> pieces;
-    const std::string_view bytes = text.view();
-    std::size_t start = 0;
-    while (start < bytes.size()) {
-        std::size_t at = bytes.find(delimiter, start);
-        if (at == std::string_view::npos) at = bytes.size();
-        pieces.emplace_back(bytes.data() + start, bytes.data() + at);
-        start = at + 1;
-    }
-    if (pieces.empty()) return nullptr;
-    // Consumers read these lists last entry first; the order stays as it is.
+    std::string_view rest = text.view();
+    if (rest.empty()) return nullptr;
+    // A delimiter at the very end closes the last piece and opens none.
+    if (rest.back() == delimiter) rest.remove_suffix(1);
     nlohmann::json array = nlohmann::json::array();
     auto& items = array.get_ref<nlohmann::json::array_t&>();
-    items.reserve(pieces.size());
-    for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
-        items.emplace_back((trim ? trimWhitespace(*it) : *it).str());
+    items.reserve(static_cast<std::size_t>(std::count(rest.begin(), rest.end(), delimiter)) + 1);
+    // Consumers read these lists last entry first, so the walk starts at the end.
+    auto add = [&](std::string_view piece) {
+        items.emplace_back(
+            (trim ? trimWhitespace(ParserStringRef(piece)) : ParserStringRef(piece)).str());
+    };
+    for (std::size_t at; (at = rest.rfind(delimiter)) != std::string_view::npos;
+         rest = rest.substr(0, at)) {
+        add(rest.substr(at + 1));
     }
+    add(rest);
     return array;
 }
 
 nlohmann::json intFieldValue(ParserStringRef text) {
-    const char* b = text.begin();
-    while (b != text.end() && isCSpace(static_cast<unsigned char>(*b))) ++b;
-    if (!isInCharset(b, text.end(), Charset::Numeric)) return nullptr;
+    const std::optional<int> value = readDecimalInt(text);
+    return value ? nlohmann::json(*value) : nlohmann::json(nullptr);
+}
+
+std::optional<int> readDecimalInt(ParserStringRef text) {
+    const char* begin = text.begin();
+    while (begin != text.end() && isCSpace(static_cast<unsigned char>(*begin))) ++begin;
+    if (!isInCharset(begin, text.end(), Charset::Numeric)) return std::nullopt;
     int value = 0;
-    const auto [end, error] = std::from_chars(b, text.end(), value);
-    if (error != std::errc() || end != text.end()) return nullptr;  // too large for an int
+    const auto [end, error] = std::from_chars(begin, text.end(), value);
+    if (error != std::errc() || end != text.end()) return std::nullopt;  // too large for an int
     return value;
 }
 
@@ -338,31 +344,47 @@ nlohmann::json parseJsonString(const std::string& text) {
                                  /*ignore_comments=*/false);
 }
 
-std::string base64Encode(const std::string& bytes) {
-    static constexpr char kAlphabet[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
-    std::size_t i = 0;
-    for (; i + 3 <= bytes.size(); i += 3) {
-        const std::uint32_t n = (std::uint32_t{static_cast<unsigned char>(bytes[i])} << 16) |
-                                (std::uint32_t{static_cast<unsigned char>(bytes[i + 1])} << 8) |
-                                std::uint32_t{static_cast<unsigned char>(bytes[i + 2])};
-        out += kAlphabet[(n >> 18) & 0x3F];
-        out += kAlphabet[(n >> 12) & 0x3F];
-        out += kAlphabet[(n >> 6) & 0x3F];
-        out += kAlphabet[n & 0x3F];
+namespace {
+
+// The base64 digits of every 12 bits, two characters per entry: a photo of
+// kilobytes takes one lookup per two digits.
+constexpr std::size_t kPairTableSize = std::size_t{2} << 12;
+constexpr std::array<char, kPairTableSize> kBase64Pairs = [] {
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::array<char, kPairTableSize> pairs{};
+    for (std::size_t bits = 0; bits < 4096; ++bits) {
+        pairs[2 * bits] = kDigits[bits >> 6];
+        pairs[2 * bits + 1] = kDigits[bits & 0x3F];
     }
-    const std::size_t left = bytes.size() - i;
+    return pairs;
+}();
+
+const char* digitPair(std::uint32_t bits) {
+    return &kBase64Pairs[std::size_t{2} * bits];
+}
+
+}  // namespace
+
+std::string base64Encode(std::string_view bytes) {
+    // Written into a string of its final size, padding already in place.
+    std::string encoded((bytes.size() + 2) / 3 * 4, '=');
+    const auto byte = [&bytes](std::size_t i) {
+        return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]));
+    };
+    char* out = encoded.data();
+    std::size_t in = 0;
+    for (; in + 3 <= bytes.size(); in += 3, out += 4) {
+        const std::uint32_t n = byte(in) << 16 | byte(in + 1) << 8 | byte(in + 2);
+        std::memcpy(out, digitPair(n >> 12), 2);
+        std::memcpy(out + 2, digitPair(n & 0xFFF), 2);
+    }
+    const std::size_t left = bytes.size() - in;
     if (left > 0) {
-        std::uint32_t n = std::uint32_t{static_cast<unsigned char>(bytes[i])} << 16;
-        if (left == 2) n |= std::uint32_t{static_cast<unsigned char>(bytes[i + 1])} << 8;
-        out += kAlphabet[(n >> 18) & 0x3F];
-        out += kAlphabet[(n >> 12) & 0x3F];
-        out += left == 2 ? kAlphabet[(n >> 6) & 0x3F] : '=';
-        out += '=';
+        const std::uint32_t n = byte(in) << 16 | (left == 2 ? byte(in + 1) << 8 : 0);
+        std::memcpy(out, digitPair(n >> 12), 2);
+        if (left == 2) out[2] = *digitPair(n & 0xFFF);
     }
-    return out;
+    return encoded;
 }
 
 std::string invalidValueMessage(const std::string& value, const std::string& kind) {

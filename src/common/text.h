@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -94,9 +95,12 @@ nlohmann::json booleanFieldValue(ParserStringRef text);
 // An int after optional C white space and one optional sign, as a stream in
 // the "C" locale reads it; true only when the whole text was read.
 bool readInt(std::string_view text, int& value);
+// A decimal number: leading C white space is skipped and the rest must be
+// digits (at least one) whose value fits an int.
+std::optional<int> readDecimalInt(ParserStringRef text);
 // Non-throwing JSON parse without comments; a discarded value on failure.
 nlohmann::json parseJsonString(const std::string& text);
-std::string base64Encode(const std::string& bytes);
+std::string base64Encode(std::string_view bytes);
 
 // "'" + value + "' is invalid " + kind + " value"
 std::string invalidValueMessage(const std::string& value, const std::string& kind);

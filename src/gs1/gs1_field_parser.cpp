@@ -145,9 +145,9 @@ std::optional<std::string_view> ruleProblem(ParserStringRef raw, const ByteRule&
 
 std::optional<nlohmann::json> convertValue(ParserStringRef raw, ValueKind kind) {
     if (kind == ValueKind::integer) {
-        const std::optional<int> number = readStreamInt(raw);
-        if (!number) return std::nullopt;
-        return nlohmann::json(*number);
+        int number = 0;
+        if (!readInt(raw.view(), number)) return std::nullopt;
+        return nlohmann::json(number);
     }
     const std::optional<std::string_view> word = extractWord(raw.view());
     if (!word) return std::nullopt;

@@ -1,8 +1,6 @@
 #include "usid/usid_parser.h"
 
 #include <array>
-#include <cstdint>
-#include <cstring>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -21,24 +19,6 @@ constexpr std::size_t kDateLength = 9;
 constexpr std::size_t kNameLength = 27;
 // The header, the sponsor flag and the 28 fields of either list.
 constexpr std::size_t kMostFields = 30;
-
-// The base64 digits of every 12 bits, two characters per entry: the photo,
-// which runs to kilobytes, takes one lookup per two digits.
-constexpr std::size_t kPairTableSize = std::size_t{2} << 12;
-constexpr std::array<char, kPairTableSize> kBase64Pairs = [] {
-    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::array<char, kPairTableSize> pairs{};
-    for (std::size_t bits = 0; bits < 4096; ++bits) {
-        pairs[2 * bits] = kDigits[bits >> 6];
-        pairs[2 * bits + 1] = kDigits[bits & 0x3F];
-    }
-    return pairs;
-}();
-
-// The two digits of the 12 bits `bits`.
-const char* digitPair(std::uint32_t bits) {
-    return &kBase64Pairs[std::size_t{2} * bits];
-}
 
 ParserStringRef trimTrailing(ParserStringRef text) {
     std::string_view kept = text.view();
@@ -115,7 +95,7 @@ bool skipBytes(const CardItem& /*item*/, ParserStringRef& view, std::size_t widt
 bool readImage(const CardItem& item, ParserStringRef& view, std::size_t /*width*/,
                const CardContext& /*context*/, FieldTarget& target) {
     const ParserStringRef bytes = view.take_front(view.size());
-    target.add(item.name, bytes, encodeBase64(bytes.view()));
+    target.add(item.name, bytes, base64Encode(bytes.view()));
     return true;
 }
 
@@ -169,7 +149,7 @@ bool readNumber(const CardItem& item, ParserStringRef& view, std::size_t width,
 bool readName(const CardItem& item, ParserStringRef& view, std::size_t width,
               const CardContext& /*context*/, FieldTarget& target) {
     const ParserStringRef raw = view.take_front(width);
-    target.add(item.name, raw, piecesLastFirst(raw, ','));
+    target.add(item.name, raw, splitToJsonArray(raw, ',', true));
     return true;
 }
 
@@ -330,27 +310,6 @@ bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t wid
     if (text == nullptr) return invalid(item, code, target);
     target.add(item.name, raw, *text);
     return true;
-}
-
-std::string encodeBase64(std::string_view bytes) {
-    std::string encoded((bytes.size() + 2) / 3 * 4, '=');
-    const auto byte = [&bytes](std::size_t i) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]));
-    };
-    char* out = encoded.data();
-    std::size_t in = 0;
-    for (; in + 3 <= bytes.size(); in += 3, out += 4) {
-        const std::uint32_t n = byte(in) << 16 | byte(in + 1) << 8 | byte(in + 2);
-        std::memcpy(out, digitPair(n >> 12), 2);
-        std::memcpy(out + 2, digitPair(n & 0xFFF), 2);
-    }
-    const std::size_t left = bytes.size() - in;
-    if (left > 0) {
-        const std::uint32_t n = byte(in) << 16 | (left == 2 ? byte(in + 1) << 8 : 0);
-        std::memcpy(out, digitPair(n >> 12), 2);
-        if (left == 2) out[2] = *digitPair(n & 0xFFF);
-    }
-    return encoded;
 }
 
 std::unique_ptr<ParserResult> UsUsidParser::parse(ParserStringRef input) {

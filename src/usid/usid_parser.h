@@ -35,11 +35,6 @@ using CardItem = FixedWidthItem<CardContext, CardItemArgument>;
 bool readCodedField(const CardItem& item, ParserStringRef& view, std::size_t width,
                     const CardContext& context, FieldTarget& target);
 
-// Standard base64 with padding, the form in which the card's photo is handed
-// on. Written into a string of the final size at once: the photo runs to
-// kilobytes.
-std::string encodeBase64(std::string_view bytes);
-
 class UsUsidParser : public BcParser {
   public:
     std::unique_ptr<ParserResult> parse(ParserStringRef input) override;

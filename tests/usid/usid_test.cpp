@@ -208,17 +208,6 @@ TEST(UsidReaders, CodedFieldLengthMessage) {
     EXPECT_TRUE(view.empty());
 }
 
-// The photo's encoder against the general one, over every length of
-// remainder and every byte value.
-TEST(UsidReaders, PhotoEncodingMatchesBase64) {
-    std::string bytes;
-    for (int i = 0; i < 300; ++i) bytes.push_back(static_cast<char>((i * 7 + 3) % 256));
-    for (std::size_t length : {0u, 1u, 2u, 3u, 4u, 5u, 255u, 256u, 300u}) {
-        const std::string part = bytes.substr(0, length);
-        EXPECT_EQ(parser::encodeBase64(part), parser::base64Encode(part)) << length;
-    }
-}
-
 // The corpus holds no card of this format, only a Common Access Card that
 // must be refused cleanly.
 TEST(UsidCorpus, OtherCardsAreRefusedCleanly) {
