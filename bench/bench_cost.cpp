@@ -171,6 +171,7 @@ void registerInput(const char* name, ParserDataFormat format, const std::string&
 const bool kRegistered = [] {
     registerSample("gs1ai", ParserDataFormat::Gs1Ai);
     registerSample("hibc", ParserDataFormat::Hibc);
+    registerSample("mrtd", ParserDataFormat::Mrtd);
     registerSample("iata_bcbp", ParserDataFormat::IataBcbp);
     registerSample("swissqr", ParserDataFormat::SwissQr);
     registerSample("us_usid", ParserDataFormat::UsUsid);
@@ -178,6 +179,8 @@ const bool kRegistered = [] {
     registerInput("gs1_retail", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Retail);
     registerInput("gs1_logistics", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Logistics);
     registerInput("hibc", ParserDataFormat::Hibc, qvx_bench::kHibc);
+    registerInput("mrz_td3", ParserDataFormat::Mrtd, qvx_bench::kMrzTd3);
+    registerInput("mrz_td1", ParserDataFormat::Mrtd, qvx_bench::kMrzTd1);
     registerInput("bcbp_one_leg", ParserDataFormat::IataBcbp, qvx_bench::kBcbpOneLeg);
     registerInput("bcbp_two_legs", ParserDataFormat::IataBcbp, qvx_bench::kBcbpTwoLegs);
     registerInput("swissqr", ParserDataFormat::SwissQr, qvx_bench::kSwissQrBill);

@@ -74,4 +74,19 @@ inline const std::string kUsidSponsor =
 inline const std::string kVinClean = "1HGCM82633A004352";
 inline const std::string kVinLabel = "VIN 1HGCM82633A004352";
 
+// Machine-readable zones: the ICAO specimen passport and identity card, and
+// the card with two look-alikes (an O for a zero in the number and in the
+// optional data) that the compensator has to try readings for.
+inline const std::string kMrzTd3 =
+    "P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n"
+    "L898902C36UTO7408122F1204159ZE184226B<<<<<10";
+inline const std::string kMrzTd1 =
+    "I<UTOD231458907<<<<<<<<<<<<<<<\n"
+    "7408122F1204159UTO<<<<<<<<<<<6\n"
+    "ERIKSSON<<ANNA<MARIA<<<<<<<<<<";
+inline const std::string kMrzTd1LookAlikes =
+    "I<UTOD23145O901<<<<<<<<<<<<<<<\n"
+    "7408122F1204159UTOAB1O<<<<<<<2\n"
+    "ERIKSSON<<ANNA<MARIA<<<<<<<<<<";
+
 }  // namespace qvx_bench

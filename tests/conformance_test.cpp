@@ -4,10 +4,10 @@
 // ("options" as JSON or "optionsText" verbatim), and one expectation:
 // "fields" (the exact JSON form), "fieldsInclude" (fields that must appear),
 // "error" ({"message", "code"}) or "optionsError" (text; no parse is run).
-// Optional "warnings" (exact messages) and "optionsAfter" (options JSON after
-// the option call) refine it. "today" ("YYYY-MM-DD") pins the date that
-// two-digit years are read against, for that case only. Every case goes through qvx::Parser, as a
-// host application would.
+// Optional "warnings" (exact messages), "normalizedText" (the text the parser
+// worked on) and "optionsAfter" (options JSON after the option call) refine it. "today"
+// ("YYYY-MM-DD") pins the date that two-digit years are read against, for that case only. Every
+// case goes through qvx::Parser, as a host application would.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -149,6 +149,9 @@ TEST_P(Conformance, Case) {
     }
     if (testCase.contains("warnings")) {
         EXPECT_EQ(json(data.warnings()), testCase["warnings"]);
+    }
+    if (testCase.contains("normalizedText")) {
+        EXPECT_EQ(data.normalizedText(), testCase["normalizedText"].get<std::string>());
     }
 }
 

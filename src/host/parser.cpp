@@ -3,6 +3,7 @@
 #include "bcbp/bcbp_parser.h"
 #include "gs1/gs1_ai_parser.h"
 #include "hibc/hibc_parser.h"
+#include "mrtd/mrtd_parser.h"
 #include "qvx/contract.h"
 #include "swissqr/swissqr_parser.h"
 #include "usid/usid_parser.h"
@@ -27,8 +28,9 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::SwissQRParser>();
         case ParserDataFormat::Gs1Ai:
             return std::make_unique<parser::Gs1AiParser>();
-        case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
+            return std::make_unique<parser::MrtdParser>();
+        case ParserDataFormat::Dlid:
         case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
     }
