@@ -11,7 +11,6 @@
 
 namespace {
 
-using nlohmann::json;
 using qvx::ParserDeserializer;
 using Strings = std::vector<std::string>;
 
@@ -21,103 +20,194 @@ std::string thrownBy(const std::function<void()>& call) {
     } catch (const std::invalid_argument& e) {
         return e.what();
     }
-    return "<nothing thrown>";
+    return "";
 }
 
-const json kVinDefaults = {{"false_positive_compensation", false}, {"strict_mode", false}};
+// "<id> <the options that are true, or -> [warnings]", e.g. "g strict_mode []".
+std::string state(const qvx::Parser& parser, const ParserDeserializer& deserializer) {
+    std::string on;
+    const nlohmann::json options = parser.optionsToJSON();
+    for (const auto& [key, value] : options.items()) {
+        if (value == true) on += (on.empty() ? "" : "+") + key;
+    }
+    return parser.getComponentId() + " " + (on.empty() ? "-" : on) + " " +
+           nlohmann::json(deserializer.getWarnings()).dump();
+}
 
-struct CreateCase {
+struct Case {
     const char* name;
-    const char* description;
-    std::string error;  // empty: the parser is made
-    std::string id = {};
-    json options = {};
-    Strings warnings = {};
+    std::string description;
+    // "<text thrown> | " when a call fails, then the state afterwards: of the
+    // new parser, or of a vin parser made with the id "v", strictMode and an
+    // unused key, to which the description is then applied as an update.
+    std::string created;
+    std::string updated;
 };
 
-class DeserializerCreate : public ::testing::TestWithParam<CreateCase> {};
+class Describe : public ::testing::TestWithParam<Case> {};
 
-TEST_P(DeserializerCreate, MakesParserOrThrows) {
+TEST_P(Describe, CreateAndUpdate) {
     const auto& c = GetParam();
     auto deserializer = ParserDeserializer::create();
     std::shared_ptr<qvx::Parser> parser;
     std::string thrown =
         thrownBy([&] { parser = deserializer->parserFromJsonString(nullptr, c.description); });
-    if (!c.error.empty()) {
-        EXPECT_EQ(thrown, c.error);
-        return;
-    }
-    ASSERT_EQ(thrown, "<nothing thrown>");
-    EXPECT_EQ(parser->getComponentId(), c.id);
-    EXPECT_EQ(parser->optionsToJSON(), c.options);
-    EXPECT_EQ(deserializer->getWarnings(), c.warnings);
+    EXPECT_EQ(parser ? state(*parser, *deserializer) : thrown + " | ", c.created);
+
+    parser = deserializer->parserFromJsonString(
+        nullptr, R"({"type": "parser", "dataFormat": "vin", "id": "v", "extra": 1,
+                     "options": {"strictMode": true}})");
+    thrown = thrownBy([&] { deserializer->updateParserFromJsonString(parser, c.description); });
+    EXPECT_EQ((thrown.empty() ? "" : thrown + " | ") + state(*parser, *deserializer), c.updated);
 }
 
+const std::string kNotType =
+    "/type is required to be one of ['parser'] to be processed by this deserializer. | ";
+const std::string kUpdateFailed = "v strict_mode [\"/extra was not used.\"]";
+
 INSTANTIATE_TEST_SUITE_P(
-    Cases, DeserializerCreate,
+    Cases, Describe,
     ::testing::Values(
-        CreateCase{
-            "Minimal", R"({"type": "parser", "dataFormat": "vin"})", "", "", kVinDefaults, {}},
-        CreateCase{"IdAndOptions",
-                   R"({"type": "parser", "dataFormat": "vin", "id": "gate 3",
-                       "options": {"strictMode": true}})",
-                   "",
-                   "gate 3",
-                   {{"false_positive_compensation", false}, {"strict_mode", true}},
-                   {}},
-        CreateCase{"UnusedKeysWarn",
-                   R"({"type": "parser", "dataFormat": "vin", "option": {"strictMode": true},
-                       "z": {"a": 1}})",
-                   "",
-                   "",
-                   kVinDefaults,
-                   {"/option was not used.", "/z was not used."}},
-        CreateCase{"EmptyOptionsAnyFormat",
-                   R"({"type": "parser", "dataFormat": "hibc",
-                                                "options": {}})",
-                   "",
-                   "",
-                   json::object(),
-                   {}},
-        CreateCase{
-            "OtherType", R"({"type": "camera", "dataFormat": "vin"})",
-            "/type is required to be one of ['parser'] to be processed by this deserializer."},
-        CreateCase{"TypeMissing", R"({"dataFormat": "vin"})", "/type is required but missing."},
-        CreateCase{"TypeNotString", R"({"type": ["parser"], "dataFormat": "vin"})",
-                   "/type is required to be a string."},
-        CreateCase{"UnknownFormat", R"({"type": "parser", "dataFormat": "pdf417"})",
-                   "Can't find appropriate enum value"},
-        CreateCase{"FormatNameIsCaseSensitive", R"({"type": "parser", "dataFormat": "VIN"})",
-                   "Can't find appropriate enum value"},
-        CreateCase{"FormatMissing", R"({"type": "parser"})",
-                   "/dataFormat is required but missing."},
-        CreateCase{"IdNotString", R"({"type": "parser", "dataFormat": "vin", "id": 7})",
-                   "/id is required to be a string."},
-        CreateCase{"OptionsNotObject",
-                   R"({"type": "parser", "dataFormat": "vin", "options": "{}"})",
-                   "/options is required to be an object."},
-        CreateCase{"InvalidOption", R"({"type": "parser", "dataFormat": "vin",
-                                        "options": {"strictMode": true, "x": 1}})",
-                   "invalid option: x"},
-        CreateCase{"OptionWrongType", R"({"type": "parser", "dataFormat": "vin",
-                                          "options": {"strictMode": "yes"}})",
-                   "option 'strictMode' must be a boolean"},
-        CreateCase{"SnakeCaseOptionRefused", R"({"type": "parser", "dataFormat": "swissqr",
-                                                 "options": {"strict_mode": true}})",
-                   "invalid option: strict_mode"},
-        CreateCase{"NotAnObject", "[]", "/ is required to be an object."},
-        CreateCase{"NotJson", "{\"type\": ",
-                   "Invalid JSON: parse error at line 1, column 10: syntax error while parsing "
-                   "value - unexpected end of input; expected '[', '{', or a literal"}),
+        Case{"Minimal", R"({"type": "parser", "dataFormat": "vin"})", " - []", "v strict_mode []"},
+        Case{"IdAndOptions",
+             R"({"type": "parser", "dataFormat": "vin", "id": "g",
+                 "options": {"falsePositiveCompensation": true}})",
+             "g false_positive_compensation []",
+             "v false_positive_compensation+strict_mode [\"/id was not used.\"]"},
+        Case{"UnusedKeys", R"({"type": "parser", "dataFormat": "vin", "option": {"a": 1}})",
+             " - [\"/option was not used.\"]", "v strict_mode [\"/option was not used.\"]"},
+        Case{"OtherFormat", R"({"type": "parser", "dataFormat": "hibc", "options": {}})", " - []",
+             "/ data format does not match the format of the existing parser. | " + kUpdateFailed},
+        Case{"IdNotString", R"({"type": "parser", "dataFormat": "vin", "id": 7})",
+             "/id is required to be a string. | ", "v strict_mode [\"/id was not used.\"]"},
+        Case{"OtherType", R"({"type": "camera", "dataFormat": "vin"})", kNotType,
+             kNotType + kUpdateFailed},
+        Case{"TypeMissing", R"({"dataFormat": "vin"})", "/type is required but missing. | ",
+             "/type is required but missing. | " + kUpdateFailed},
+        Case{"TypeNotString", R"({"type": ["parser"]})", "/type is required to be a string. | ",
+             "/type is required to be a string. | " + kUpdateFailed},
+        Case{"UnknownFormat", R"({"type": "parser", "dataFormat": "pdf417"})",
+             "Can't find appropriate enum value | ",
+             "Can't find appropriate enum value | " + kUpdateFailed},
+        Case{"OptionsNotObject", R"({"type": "parser", "dataFormat": "vin", "options": null})",
+             "/options is required to be an object. | ",
+             "/options is required to be an object. | " + kUpdateFailed},
+        Case{"BadOptionKeepsThoseBefore",
+             R"({"type": "parser", "dataFormat": "vin",
+                 "options": {"falsePositiveCompensation": true, "x": 1}})",
+             "invalid option: x | ",
+             "invalid option: x | v false_positive_compensation+strict_mode "
+             "[\"/extra was not used.\"]"},
+        Case{"SnakeCaseOption",
+             R"({"type": "parser", "dataFormat": "vin", "options": {"strict_mode": true}})",
+             "invalid option: strict_mode | ", "invalid option: strict_mode | " + kUpdateFailed},
+        Case{"NotAnObject", "[]", "/ is required to be an object. | ",
+             "/ is required to be an object. | " + kUpdateFailed},
+        Case{"NotJson", "{",
+             "Invalid JSON: parse error at line 1, column 2: syntax error while "
+             "parsing object key - unexpected end of input; expected string literal | ",
+             "Invalid JSON: parse error at line 1, column 2: syntax error while parsing object "
+             "key - unexpected end of input; expected string literal | " +
+                 kUpdateFailed}),
     [](const auto& info) { return std::string(info.param.name); });
 
+TEST(Deserializer, TypesComponentsAndAMissingHelper) {
+    auto deserializer = ParserDeserializer::create();
+    EXPECT_TRUE(deserializer->isTypeSupported("parser"));
+    EXPECT_FALSE(deserializer->isTypeSupported("Parser"));
+    EXPECT_TRUE(deserializer->isComponentSupported(
+        qvx::Parser::create(nullptr, ParserDataFormat::Vin).value()));
+    EXPECT_FALSE(deserializer->isComponentSupported(nullptr));
+
+    // A component that claims the parser kind without being one.
+    auto foreign =
+        std::make_shared<qvx::core::TrovaneComponent>(qvx::core::TrovaneComponent::Kind::Parser);
+    auto json = qvx::core::JsonValue::fromString(R"({"type": "parser", "dataFormat": "vin"})");
+    for (const auto& component : {std::shared_ptr<qvx::core::TrovaneComponent>(), foreign}) {
+        EXPECT_EQ(thrownBy([&] { deserializer->updateComponentFromJson(component, json); }),
+                  "Trovane component to be updated was not of type 'parser'.");
+    }
+
+    auto helpless = ParserDeserializer::create(nullptr);
+    EXPECT_EQ(thrownBy([&] { helpless->createComponentFromJson(nullptr, json); }),
+              "Deserialization requires a helper.");
+    EXPECT_EQ(thrownBy([&] { helpless->updateComponentFromJson(foreign, json); }),
+              "Deserialization requires a helper.");
+}
+
+// Helper and listener in one, writing every call into one log. Makes no hibc parser.
+class Recorder : public qvx::ParserDeserializerHelper, public qvx::ParserDeserializerListener {
+  public:
+    std::shared_ptr<qvx::Parser> createParser(const std::shared_ptr<qvx::core::Context>& context,
+                                              ParserDataFormat format) override {
+        log.push_back("create " + parser::dataFormatName(format) + (context ? " +context" : ""));
+        if (format == ParserDataFormat::Hibc) return nullptr;
+        return qvx::Parser::create(context, format).value();
+    }
+    void applySettings(const std::shared_ptr<qvx::Parser>& parser,
+                       const std::shared_ptr<qvx::core::JsonValue>& json) override {
+        record("apply", parser, json);
+    }
+    void onParserDeserializationStarted(
+        const std::shared_ptr<ParserDeserializer>& deserializer,
+        const std::shared_ptr<qvx::Parser>& parser,
+        const std::shared_ptr<qvx::core::JsonValue>& json) override {
+        record(deserializer == self.lock() ? "started" : "started by another", parser, json);
+    }
+    void onParserDeserializationFinished(
+        const std::shared_ptr<ParserDeserializer>& deserializer,
+        const std::shared_ptr<qvx::Parser>& parser,
+        const std::shared_ptr<qvx::core::JsonValue>& json) override {
+        record(deserializer == self.lock() ? "finished" : "finished by another", parser, json);
+    }
+    void record(const std::string& what, const std::shared_ptr<qvx::Parser>& parser,
+                const std::shared_ptr<qvx::core::JsonValue>& json) {
+        const bool strict = parser->optionsToJSON().value("strict_mode", false);
+        log.push_back(what + (strict ? " strict " : " lax ") + json->getStringForKey("dataFormat"));
+    }
+    Strings log;
+    std::weak_ptr<ParserDeserializer> self;
+};
+
+TEST(Deserializer, HelperAndListenerCalls) {
+    auto recorder = std::make_shared<Recorder>();
+    auto deserializer = ParserDeserializer::create(recorder);
+    recorder->self = deserializer;
+    deserializer->setListener(recorder);
+    auto parser = deserializer->parserFromJsonString(
+        std::make_shared<qvx::core::Context>(),
+        R"({"type": "parser", "dataFormat": "vin", "options": {"strictMode": true}})");
+    // A failed update is started but neither applied nor finished.
+    thrownBy([&] {
+        deserializer->updateParserFromJsonString(parser,
+                                                 R"({"type": "parser", "dataFormat": "mrtd"})");
+    });
+    EXPECT_EQ(recorder->log, (Strings{"create vin +context", "started lax vin", "apply strict vin",
+                                      "finished strict vin", "started strict mrtd"}));
+
+    recorder->log.clear();
+    EXPECT_EQ(thrownBy([&] {
+                  deserializer->parserFromJsonString(nullptr,
+                                                     R"({"type": "parser", "dataFormat": "hibc"})");
+              }),
+              "/ was unable to be created as a parser.");
+    // The listener is held weakly: once its owner lets go it is not told.
+    auto listener = std::make_shared<Recorder>();
+    deserializer->setListener(listener);
+    listener.reset();
+    deserializer->parserFromJsonString(nullptr, R"({"type": "parser", "dataFormat": "vin"})");
+    EXPECT_EQ(recorder->log, (Strings{"create hibc", "create vin", "apply lax vin"}));
+}
+
+// The default helper makes what Parser::create makes.
 TEST(Deserializer, EveryBuiltFormatCanBeDescribed) {
     auto deserializer = ParserDeserializer::create();
     for (const auto& [format, name] : parser::dataFormatTable()) {
-        const std::string description = json{{"type", "parser"}, {"dataFormat", name}}.dump();
         std::shared_ptr<qvx::Parser> parser;
-        std::string thrown =
-            thrownBy([&] { parser = deserializer->parserFromJsonString(nullptr, description); });
+        std::string thrown = thrownBy([&, &name = name] {
+            parser = deserializer->parserFromJsonString(
+                nullptr, R"({"type": "parser", "dataFormat": ")" + name + "\"}");
+        });
         if (qvx::Parser::isFormatAvailable(format)) {
             ASSERT_TRUE(parser) << thrown;
             EXPECT_EQ(parser->format(), format);
@@ -125,207 +215,6 @@ TEST(Deserializer, EveryBuiltFormatCanBeDescribed) {
             EXPECT_EQ(thrown, "/ was unable to be created as a parser.") << name;
         }
     }
-}
-
-struct UpdateCase {
-    const char* name;
-    const char* description;
-    std::string error;
-    json options;  // after the update, failed or not
-    Strings warnings;
-};
-
-class DeserializerUpdate : public ::testing::TestWithParam<UpdateCase> {};
-
-// Every update starts from a vin parser with strictMode set and the id "first".
-TEST_P(DeserializerUpdate, KeepsWhatTheDescriptionDoesNotMention) {
-    const auto& c = GetParam();
-    auto deserializer = ParserDeserializer::create();
-    auto parser = deserializer->parserFromJsonString(
-        nullptr,
-        R"({"type": "parser", "dataFormat": "vin", "id": "first", "extra": 1,
-            "options": {"strictMode": true}})");
-    ASSERT_EQ(deserializer->getWarnings(), Strings{"/extra was not used."});
-    std::string thrown = thrownBy([&] {
-        EXPECT_EQ(deserializer->updateParserFromJsonString(parser, c.description), parser);
-    });
-    EXPECT_EQ(thrown, c.error.empty() ? "<nothing thrown>" : c.error);
-    EXPECT_EQ(parser->getComponentId(), "first");
-    EXPECT_EQ(parser->optionsToJSON(), c.options);
-    EXPECT_EQ(deserializer->getWarnings(), c.warnings);
-}
-
-const json kStrict = {{"false_positive_compensation", false}, {"strict_mode", true}};
-const json kBoth = {{"false_positive_compensation", true}, {"strict_mode", true}};
-const Strings kCreateWarnings = {"/extra was not used."};
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, DeserializerUpdate,
-    ::testing::Values(
-        UpdateCase{"OptionsAbsent", R"({"type": "parser", "dataFormat": "vin"})", "", kStrict, {}},
-        UpdateCase{"OptionsMerged",
-                   R"({"type": "parser", "dataFormat": "vin",
-                       "options": {"falsePositiveCompensation": true}})",
-                   "",
-                   kBoth,
-                   {}},
-        UpdateCase{"IdIgnored",
-                   R"({"type": "parser", "dataFormat": "vin", "id": "second"})",
-                   "",
-                   kStrict,
-                   {"/id was not used."}},
-        UpdateCase{"OtherFormat",
-                   R"({"type": "parser", "dataFormat": "gs1ai", "options": {"strictMode": false}})",
-                   "/ data format does not match the format of the existing parser.", kStrict,
-                   kCreateWarnings},
-        UpdateCase{
-            "OtherType", R"({"type": "camera", "dataFormat": "vin"})",
-            "/type is required to be one of ['parser'] to be processed by this deserializer.",
-            kStrict, kCreateWarnings},
-        UpdateCase{"FailedOptionKeepsThoseBefore",
-                   R"({"type": "parser", "dataFormat": "vin",
-                       "options": {"falsePositiveCompensation": true, "x": 1}})",
-                   "invalid option: x", kBoth, kCreateWarnings}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST(Deserializer, TypesAndComponents) {
-    auto deserializer = ParserDeserializer::create();
-    EXPECT_TRUE(deserializer->isTypeSupported("parser"));
-    for (const char* type : {"Parser", "parser ", "", "camera"}) {
-        EXPECT_FALSE(deserializer->isTypeSupported(type)) << type;
-    }
-    auto created = qvx::Parser::create(nullptr, ParserDataFormat::Vin);
-    ASSERT_TRUE(created.ok());
-    EXPECT_TRUE(deserializer->isComponentSupported(created.value()));
-    EXPECT_FALSE(deserializer->isComponentSupported(nullptr));
-
-    // A component that claims the parser kind without being one.
-    auto foreign =
-        std::make_shared<qvx::core::TrovaneComponent>(qvx::core::TrovaneComponent::Kind::Parser);
-    auto description =
-        qvx::core::JsonValue::fromString(R"({"type": "parser", "dataFormat": "vin"})");
-    for (const auto& component : {std::shared_ptr<qvx::core::TrovaneComponent>(), foreign}) {
-        EXPECT_EQ(thrownBy([&] { deserializer->updateComponentFromJson(component, description); }),
-                  "Trovane component to be updated was not of type 'parser'.");
-    }
-}
-
-TEST(Deserializer, WithoutHelperNothingIsMadeOrUpdated) {
-    auto deserializer = ParserDeserializer::create(nullptr);
-    auto description = qvx::core::JsonValue::fromString(R"({"type": "camera"})");
-    EXPECT_EQ(thrownBy([&] { deserializer->createComponentFromJson(nullptr, description); }),
-              "Deserialization requires a helper.");
-    EXPECT_EQ(thrownBy([&] { deserializer->updateComponentFromJson(nullptr, description); }),
-              "Deserialization requires a helper.");
-}
-
-// Records what the deserializer asks of it; makes nothing for "hibc".
-class RecordingHelper : public qvx::ParserDeserializerHelper {
-  public:
-    std::shared_ptr<qvx::Parser> createParser(const std::shared_ptr<qvx::core::Context>& context,
-                                              ParserDataFormat format) override {
-        calls.push_back("create " + parser::dataFormatName(format));
-        contexts.push_back(context);
-        if (format == ParserDataFormat::Hibc) return nullptr;
-        return qvx::Parser::create(context, format).value();
-    }
-    void applySettings(const std::shared_ptr<qvx::Parser>& parser,
-                       const std::shared_ptr<qvx::core::JsonValue>& json) override {
-        calls.push_back("apply " + parser->optionsToJSON().dump() + " " + json->toString());
-    }
-    Strings calls;
-    std::vector<std::shared_ptr<qvx::core::Context>> contexts;
-};
-
-class RecordingListener : public qvx::ParserDeserializerListener {
-  public:
-    void onParserDeserializationStarted(
-        const std::shared_ptr<ParserDeserializer>& deserializer,
-        const std::shared_ptr<qvx::Parser>& parser,
-        const std::shared_ptr<qvx::core::JsonValue>& json) override {
-        record("started", deserializer, parser, json);
-    }
-    void onParserDeserializationFinished(
-        const std::shared_ptr<ParserDeserializer>& deserializer,
-        const std::shared_ptr<qvx::Parser>& parser,
-        const std::shared_ptr<qvx::core::JsonValue>& json) override {
-        record("finished", deserializer, parser, json);
-    }
-    void record(const std::string& what, const std::shared_ptr<ParserDeserializer>& deserializer,
-                const std::shared_ptr<qvx::Parser>& parser,
-                const std::shared_ptr<qvx::core::JsonValue>& json) {
-        calls.push_back(what + " " + parser->optionsToJSON().dump() + " " +
-                        json->getStringForKey("dataFormat"));
-        deserializers.push_back(deserializer);
-    }
-    Strings calls;
-    std::vector<std::shared_ptr<ParserDeserializer>> deserializers;
-};
-
-TEST(Deserializer, HelperAndListenerAreToldInOrder) {
-    auto helper = std::make_shared<RecordingHelper>();
-    auto listener = std::make_shared<RecordingListener>();
-    auto deserializer = ParserDeserializer::create(helper);
-    deserializer->setListener(listener);
-    auto context = std::make_shared<qvx::core::Context>();
-
-    auto parser =
-        deserializer->parserFromJsonString(context, R"({"type": "parser", "dataFormat": "mrtd",
-                     "options": {"relaxedChecksumValidation": true}})");
-    const std::string relaxed =
-        R"({"allow_false_positive_compensation":false,"relaxed_checksum_validation":true})";
-    const std::string defaults =
-        R"({"allow_false_positive_compensation":false,"relaxed_checksum_validation":false})";
-    EXPECT_EQ(
-        helper->calls,
-        (Strings{
-            "create mrtd",
-            "apply " + relaxed +
-                R"( {"dataFormat":"mrtd","options":{"relaxedChecksumValidation":true},"type":"parser"})"}));
-    EXPECT_EQ(helper->contexts, std::vector<std::shared_ptr<qvx::core::Context>>{context});
-    EXPECT_EQ(listener->calls,
-              (Strings{"started " + defaults + " mrtd", "finished " + relaxed + " mrtd"}));
-    EXPECT_EQ(listener->deserializers,
-              (std::vector<std::shared_ptr<ParserDeserializer>>{deserializer, deserializer}));
-
-    // A failed update is started but never finished, and applies no settings.
-    listener->calls.clear();
-    helper->calls.clear();
-    EXPECT_NE(thrownBy([&] {
-                  deserializer->updateParserFromJsonString(
-                      parser, R"({"type": "parser", "dataFormat": "vin"})");
-              }),
-              "<nothing thrown>");
-    EXPECT_EQ(listener->calls, Strings{"started " + relaxed + " vin"});
-    EXPECT_EQ(helper->calls, Strings{});
-
-    // The helper's null parser; a listener that is gone is not told.
-    listener.reset();
-    EXPECT_EQ(thrownBy([&] {
-                  deserializer->parserFromJsonString(context,
-                                                     R"({"type": "parser", "dataFormat": "hibc"})");
-              }),
-              "/ was unable to be created as a parser.");
-}
-
-class RecordingSink : public qvx::core::EventSink {
-  public:
-    void send(int eventId, const qvx::core::JsonValue& payload) override {
-        events.push_back(std::to_string(eventId) + " " + payload.toString());
-    }
-    Strings events;
-};
-
-TEST(Deserializer, DescribedParserReportsUsageEventsToTheContextSink) {
-    auto sink = std::make_shared<RecordingSink>();
-    auto parser = ParserDeserializer::create()->parserFromJsonString(
-        std::make_shared<qvx::core::Context>(sink),
-        R"({"type": "parser", "dataFormat": "vin", "options": {"strictMode": true}})");
-    EXPECT_FALSE(parser->parse("1HGCM").ok());
-    EXPECT_EQ(sink->events,
-              Strings{R"(15 {"error":"valid VIN consists of 17 characters","format":"vin",)"
-                      R"("operation":"string","options":{"false_positive_compensation":false,)"
-                      R"("strict_mode":true},"success":false})"});
 }
 
 }  // namespace
