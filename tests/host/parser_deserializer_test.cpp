@@ -74,147 +74,100 @@ INSTANTIATE_TEST_SUITE_P(
                  "options": {"falsePositiveCompensation": true}})",
              "g false_positive_compensation []",
              "v false_positive_compensation+strict_mode [\"/id was not used.\"]"},
-        Case{"UnusedKeys", R"({"type": "parser", "dataFormat": "vin", "option": {"a": 1}})",
-             " - [\"/option was not used.\"]", "v strict_mode [\"/option was not used.\"]"},
         Case{"OtherFormat", R"({"type": "parser", "dataFormat": "hibc", "options": {}})", " - []",
              "/ data format does not match the format of the existing parser. | " + kUpdateFailed},
         Case{"IdNotString", R"({"type": "parser", "dataFormat": "vin", "id": 7})",
              "/id is required to be a string. | ", "v strict_mode [\"/id was not used.\"]"},
         Case{"OtherType", R"({"type": "camera", "dataFormat": "vin"})", kNotType,
              kNotType + kUpdateFailed},
-        Case{"TypeMissing", R"({"dataFormat": "vin"})", "/type is required but missing. | ",
-             "/type is required but missing. | " + kUpdateFailed},
-        Case{"TypeNotString", R"({"type": ["parser"]})", "/type is required to be a string. | ",
-             "/type is required to be a string. | " + kUpdateFailed},
         Case{"UnknownFormat", R"({"type": "parser", "dataFormat": "pdf417"})",
              "Can't find appropriate enum value | ",
              "Can't find appropriate enum value | " + kUpdateFailed},
-        Case{"OptionsNotObject", R"({"type": "parser", "dataFormat": "vin", "options": null})",
-             "/options is required to be an object. | ",
-             "/options is required to be an object. | " + kUpdateFailed},
         Case{"BadOptionKeepsThoseBefore",
              R"({"type": "parser", "dataFormat": "vin",
                  "options": {"falsePositiveCompensation": true, "x": 1}})",
              "invalid option: x | ",
              "invalid option: x | v false_positive_compensation+strict_mode "
              "[\"/extra was not used.\"]"},
-        Case{"SnakeCaseOption",
-             R"({"type": "parser", "dataFormat": "vin", "options": {"strict_mode": true}})",
-             "invalid option: strict_mode | ", "invalid option: strict_mode | " + kUpdateFailed},
         Case{"NotAnObject", "[]", "/ is required to be an object. | ",
-             "/ is required to be an object. | " + kUpdateFailed},
-        Case{"NotJson", "{",
-             "Invalid JSON: parse error at line 1, column 2: syntax error while "
-             "parsing object key - unexpected end of input; expected string literal | ",
-             "Invalid JSON: parse error at line 1, column 2: syntax error while parsing object "
-             "key - unexpected end of input; expected string literal | " +
-                 kUpdateFailed}),
+             "/ is required to be an object. | " + kUpdateFailed}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(Deserializer, TypesComponentsAndAMissingHelper) {
+// Makes no parser at all.
+class NullHelper : public qvx::DefaultParserDeserializerHelper {
+  public:
+    std::shared_ptr<qvx::Parser> createParser(
+        const std::shared_ptr<qvx::core::Context>& /*context*/,
+        ParserDataFormat /*format*/) override {
+        return nullptr;
+    }
+};
+
+TEST(Deserializer, TypesComponentsAndHelpers) {
     auto deserializer = ParserDeserializer::create();
     EXPECT_TRUE(deserializer->isTypeSupported("parser"));
     EXPECT_FALSE(deserializer->isTypeSupported("Parser"));
-    EXPECT_TRUE(deserializer->isComponentSupported(
-        qvx::Parser::create(nullptr, ParserDataFormat::Vin).value()));
-    EXPECT_FALSE(deserializer->isComponentSupported(nullptr));
-
-    // A component that claims the parser kind without being one.
+    // Null, and a component that claims the parser kind without being one.
     auto foreign =
         std::make_shared<qvx::core::TrovaneComponent>(qvx::core::TrovaneComponent::Kind::Parser);
     auto json = qvx::core::JsonValue::fromString(R"({"type": "parser", "dataFormat": "vin"})");
+    EXPECT_FALSE(deserializer->isComponentSupported(nullptr));
     for (const auto& component : {std::shared_ptr<qvx::core::TrovaneComponent>(), foreign}) {
         EXPECT_EQ(thrownBy([&] { deserializer->updateComponentFromJson(component, json); }),
                   "Trovane component to be updated was not of type 'parser'.");
     }
-
-    auto helpless = ParserDeserializer::create(nullptr);
-    EXPECT_EQ(thrownBy([&] { helpless->createComponentFromJson(nullptr, json); }),
+    EXPECT_EQ(thrownBy([&] {
+                  ParserDeserializer::create(nullptr)->createComponentFromJson(nullptr, json);
+              }),
               "Deserialization requires a helper.");
-    EXPECT_EQ(thrownBy([&] { helpless->updateComponentFromJson(foreign, json); }),
-              "Deserialization requires a helper.");
+    EXPECT_EQ(thrownBy([&] {
+                  ParserDeserializer::create(std::make_shared<NullHelper>())
+                      ->createComponentFromJson(nullptr, json);
+              }),
+              "/ was unable to be created as a parser.");
 }
 
-// Helper and listener in one, writing every call into one log. Makes no hibc parser.
-class Recorder : public qvx::ParserDeserializerHelper, public qvx::ParserDeserializerListener {
+class Recorder : public qvx::ParserDeserializerListener {
   public:
-    std::shared_ptr<qvx::Parser> createParser(const std::shared_ptr<qvx::core::Context>& context,
-                                              ParserDataFormat format) override {
-        log.push_back("create " + parser::dataFormatName(format) + (context ? " +context" : ""));
-        if (format == ParserDataFormat::Hibc) return nullptr;
-        return qvx::Parser::create(context, format).value();
-    }
-    void applySettings(const std::shared_ptr<qvx::Parser>& parser,
-                       const std::shared_ptr<qvx::core::JsonValue>& json) override {
-        record("apply", parser, json);
-    }
     void onParserDeserializationStarted(
-        const std::shared_ptr<ParserDeserializer>& deserializer,
+        const std::shared_ptr<ParserDeserializer>& /*deserializer*/,
         const std::shared_ptr<qvx::Parser>& parser,
         const std::shared_ptr<qvx::core::JsonValue>& json) override {
-        record(deserializer == self.lock() ? "started" : "started by another", parser, json);
+        record("started", *parser, *json);
     }
     void onParserDeserializationFinished(
-        const std::shared_ptr<ParserDeserializer>& deserializer,
+        const std::shared_ptr<ParserDeserializer>& /*deserializer*/,
         const std::shared_ptr<qvx::Parser>& parser,
         const std::shared_ptr<qvx::core::JsonValue>& json) override {
-        record(deserializer == self.lock() ? "finished" : "finished by another", parser, json);
+        record("finished", *parser, *json);
     }
-    void record(const std::string& what, const std::shared_ptr<qvx::Parser>& parser,
-                const std::shared_ptr<qvx::core::JsonValue>& json) {
-        const bool strict = parser->optionsToJSON().value("strict_mode", false);
-        log.push_back(what + (strict ? " strict " : " lax ") + json->getStringForKey("dataFormat"));
+    void record(const std::string& what, const qvx::Parser& parser,
+                const qvx::core::JsonValue& json) {
+        const bool strict = parser.optionsToJSON().value("strict_mode", false);
+        log.push_back(what + (strict ? " strict " : " lax ") + json.getStringForKey("dataFormat"));
     }
     Strings log;
-    std::weak_ptr<ParserDeserializer> self;
 };
 
-TEST(Deserializer, HelperAndListenerCalls) {
-    auto recorder = std::make_shared<Recorder>();
-    auto deserializer = ParserDeserializer::create(recorder);
-    recorder->self = deserializer;
-    deserializer->setListener(recorder);
+TEST(Deserializer, ListenerIsToldOfEveryUpdateAndHeldWeakly) {
+    auto listener = std::make_shared<Recorder>();
+    auto deserializer = ParserDeserializer::create();
+    deserializer->setListener(listener);
     auto parser = deserializer->parserFromJsonString(
-        std::make_shared<qvx::core::Context>(),
-        R"({"type": "parser", "dataFormat": "vin", "options": {"strictMode": true}})");
-    // A failed update is started but neither applied nor finished.
+        nullptr, R"({"type": "parser", "dataFormat": "vin", "options": {"strictMode": true}})");
+    // A failed update is started but not finished.
     thrownBy([&] {
         deserializer->updateParserFromJsonString(parser,
                                                  R"({"type": "parser", "dataFormat": "mrtd"})");
     });
-    EXPECT_EQ(recorder->log, (Strings{"create vin +context", "started lax vin", "apply strict vin",
-                                      "finished strict vin", "started strict mrtd"}));
+    EXPECT_EQ(listener->log,
+              (Strings{"started lax vin", "finished strict vin", "started strict mrtd"}));
 
-    recorder->log.clear();
-    EXPECT_EQ(thrownBy([&] {
-                  deserializer->parserFromJsonString(nullptr,
-                                                     R"({"type": "parser", "dataFormat": "hibc"})");
-              }),
-              "/ was unable to be created as a parser.");
-    // The listener is held weakly: once its owner lets go it is not told.
-    auto listener = std::make_shared<Recorder>();
-    deserializer->setListener(listener);
+    std::weak_ptr<Recorder> watch = listener;
     listener.reset();
-    deserializer->parserFromJsonString(nullptr, R"({"type": "parser", "dataFormat": "vin"})");
-    EXPECT_EQ(recorder->log, (Strings{"create hibc", "create vin", "apply lax vin"}));
-}
-
-// The default helper makes what Parser::create makes.
-TEST(Deserializer, EveryBuiltFormatCanBeDescribed) {
-    auto deserializer = ParserDeserializer::create();
-    for (const auto& [format, name] : parser::dataFormatTable()) {
-        std::shared_ptr<qvx::Parser> parser;
-        std::string thrown = thrownBy([&, &name = name] {
-            parser = deserializer->parserFromJsonString(
-                nullptr, R"({"type": "parser", "dataFormat": ")" + name + "\"}");
-        });
-        if (qvx::Parser::isFormatAvailable(format)) {
-            ASSERT_TRUE(parser) << thrown;
-            EXPECT_EQ(parser->format(), format);
-        } else {
-            EXPECT_EQ(thrown, "/ was unable to be created as a parser.") << name;
-        }
-    }
+    EXPECT_TRUE(watch.expired());
+    EXPECT_TRUE(
+        deserializer->parserFromJsonString(nullptr, R"({"type": "parser", "dataFormat": "vin"})"));
 }
 
 }  // namespace
