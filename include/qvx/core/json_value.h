@@ -20,6 +20,11 @@ namespace qvx::core {
 
 class JsonValue {
   public:
+    // Shared, never copied: a copy would share the record of what was read.
+    JsonValue(const JsonValue&) = delete;
+    JsonValue& operator=(const JsonValue&) = delete;
+    ~JsonValue() = default;
+
     // Null when the value cannot be represented (never, for this stand-in).
     static std::shared_ptr<JsonValue> fromNlohmannJson(const nlohmann::json& json);
     // Parses strict JSON text (no comments); throws on anything else.
