@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Checks that the host layers answer as `qvx-parse --batch` does.
+
+Every bundled sample (examples/samples/<format>[.<variant>].txt, all bytes)
+and every conformance case (tests/data/<format>/*.json, its input and
+options) becomes one batch line. The same lines go through the Python module
+and, when given, the JavaScript package; each answer is turned into the shape
+of a batch output line and compared with the batch answer as JSON values.
+
+    check_agreement.py --qvx-parse build/default/tools/qvx-parse \\
+        [--python build/default/python] [--js build/js/qvx-js]
+
+Exit 0 when every layer agrees on every line, 1 otherwise.
+"""
+
+import argparse
+import base64
+import json
+import pathlib
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+# Runs batch-style lines through the JavaScript package: one answer per line.
+JS_RUNNER = r"""
+const qvx = require(process.argv[1]);
+const lines = require('fs').readFileSync(0, 'utf8').split('\n').filter((l) => l !== '');
+const out = lines.map((text) => {
+  const line = JSON.parse(text);
+  const data = Uint8Array.from(Buffer.from(line.dataBase64, 'base64'));
+  const options = 'optionsText' in line ? line.optionsText : line.options;
+  try {
+    return qvx.parse(line.format, data, options);
+  } catch (e) {
+    return e instanceof RangeError ? {inputError: e.message, ok: false}
+                                   : {ok: false, optionsError: e.message};
+  }
+});
+process.stdout.write(out.map((o) => JSON.stringify(o) + '\n').join(''));
+"""
+
+
+def collect_cases():
+    cases = []
+    for sample in sorted((ROOT / "examples" / "samples").iterdir()):
+        cases.append((f"sample {sample.name}", {"format": sample.name.split(".")[0]},
+                      sample.read_bytes()))
+    for path in sorted((ROOT / "tests" / "data").glob("*/*.json")):
+        for case in json.loads(path.read_text(encoding="utf-8")):
+            line = {"format": path.parent.name}
+            for key in ("options", "optionsText"):
+                if key in case:
+                    line[key] = case[key]
+            # Cases of options alone parse nothing: an empty input then.
+            data = (case["data"].encode() if "data" in case
+                    else base64.b64decode(case.get("dataBase64", "")))
+            label = f"{path.parent.name}/{path.name}: {case.get('name', '?')}"
+            cases.append((label, line, data))
+    for _, line, data in cases:
+        line["dataBase64"] = base64.b64encode(data).decode()
+    return cases
+
+
+def run_batch(qvx_parse, lines):
+    text = "".join(json.dumps(line) + "\n" for line in lines)
+    done = subprocess.run([qvx_parse, "--batch"], input=text.encode(), capture_output=True,
+                          check=True)
+    return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
+
+
+def python_answer(qvx, line, data):
+    try:
+        parser = qvx.Parser(line["format"])
+    except ValueError as e:
+        return {"inputError": str(e), "ok": False}
+    options = line.get("optionsText", line.get("options"))
+    try:
+        if "optionsText" in line or "options" in line:
+            parser.set_options(options)
+    except ValueError as e:
+        return {"ok": False, "optionsError": str(e)}
+    try:
+        result = parser.parse(data)
+    except qvx.ParseError as e:
+        return {"error": {"additionalInfo": e.additional_info, "code": e.code,
+                          "message": e.message}, "ok": False}
+    fields = []
+    for field in result.fields:
+        entry = {"name": field.name, "parsed": field.parsed, "rawString": field.raw_string}
+        if field.issues:
+            entry["issues"] = field.issues
+        fields.append(entry)
+    if json.loads(result.json()) != fields:
+        return {"mismatch": "json() differs from the fields", "json": result.json()}
+    return {"fields": fields, "ok": True, "warnings": result.warnings}
+
+
+def run_js(package, lines):
+    text = "".join(json.dumps(line) + "\n" for line in lines)
+    done = subprocess.run(["node", "-e", JS_RUNNER, str(pathlib.Path(package).resolve())],
+                          input=text.encode(), capture_output=True, check=True)
+    return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
+
+
+def compare(layer, cases, expected, answers):
+    bad = [(label, want, got)
+           for (label, _, _), want, got in zip(cases, expected, answers) if want != got]
+    if len(answers) != len(expected):
+        bad.append(("(count)", len(expected), len(answers)))
+    print(f"{layer}: {len(expected) - len(bad)} of {len(expected)} lines agree")
+    for label, want, got in bad[:10]:
+        print(f"  {label}\n    batch: {json.dumps(want)}\n    {layer}: {json.dumps(got)}")
+    return not bad
+
+
+def main():
+    args = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    args.add_argument("--qvx-parse", required=True)
+    args.add_argument("--python", help="directory holding the package qvx")
+    args.add_argument("--js", help="directory of the JavaScript package")
+    options = args.parse_args()
+
+    cases = collect_cases()
+    lines = [line for _, line, _ in cases]
+    expected = run_batch(options.qvx_parse, lines)
+    ok = True
+    if options.python:
+        sys.path.insert(0, options.python)
+        import qvx  # pylint: disable=import-outside-toplevel
+        answers = [python_answer(qvx, line, data) for _, line, data in cases]
+        ok = compare("python", cases, expected, answers) and ok
+    if options.js:
+        ok = compare("js", cases, expected, run_js(options.js, lines)) and ok
+    return 0 if ok else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
