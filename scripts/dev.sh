@@ -13,11 +13,15 @@
 #                             run each per-format libFuzzer target for s seconds (default 5)
 #   scripts/dev.sh lint       clang-format check and clang-tidy over src/ and tools/
 #   scripts/dev.sh deps       only install the build dependencies
+#
+# The JavaScript package and the Objective-C classes are built when their
+# toolchains are installed (emscripten; gobjc++ with libgnustep-base-dev), as
+# .ci/run does; without them they are skipped.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(cmake ninja-build g++ pkgconf nlohmann-json3-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libmimalloc-dev)
+          libbenchmark-dev libmimalloc-dev python3-dev pybind11-dev)
 
 deps() {
     local missing=() pkg
@@ -98,7 +102,7 @@ case "${1:-}" in
     lint)
         deps clang-format clang-tidy
         cmake --preset default >/dev/null
-        files=$(git ls-files '*.cpp' '*.h')
+        files=$(git ls-files '*.cpp' '*.h' '*.mm')
         clang-format --dry-run -Werror $files
         git ls-files 'src/*.cpp' 'tools/*.cpp' | xargs -P"$(nproc)" -n4 clang-tidy -p build/default --quiet
         ;;
