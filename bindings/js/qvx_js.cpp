@@ -13,14 +13,10 @@
 namespace {
 
 // The last answer; the JavaScript side copies it out before the next call.
-std::string& answer() {
-    static auto* text = new std::string();
-    return *text;
-}
-
 const char* answerText(std::string text) {
-    answer() = std::move(text);
-    return answer().c_str();
+    static std::string answer;
+    answer = std::move(text);
+    return answer.c_str();
 }
 
 std::string refusal(const char* key, const std::string& text) {
