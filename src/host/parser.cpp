@@ -2,6 +2,7 @@
 
 #include "bcbp/bcbp_parser.h"
 #include "gs1/gs1_ai_parser.h"
+#include "gs1/gs1_digital_link_parser.h"
 #include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
 #include "swissqr/swissqr_parser.h"
@@ -27,9 +28,10 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::SwissQRParser>();
         case ParserDataFormat::Gs1Ai:
             return std::make_unique<parser::Gs1AiParser>();
+        case ParserDataFormat::Gs1DigitalLink:
+            return std::make_unique<parser::Gs1DigitalLinkParser>();
         case ParserDataFormat::Dlid:
         case ParserDataFormat::Mrtd:
-        case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
     }
     return nullptr;
