@@ -170,6 +170,7 @@ void registerInput(const char* name, ParserDataFormat format, const std::string&
 
 const bool kRegistered = [] {
     registerSample("gs1ai", ParserDataFormat::Gs1Ai);
+    registerSample("gs1_digital_link", ParserDataFormat::Gs1DigitalLink);
     registerSample("hibc", ParserDataFormat::Hibc);
     registerSample("iata_bcbp", ParserDataFormat::IataBcbp);
     registerSample("swissqr", ParserDataFormat::SwissQr);
@@ -177,6 +178,10 @@ const bool kRegistered = [] {
     registerSample("vin", ParserDataFormat::Vin);
     registerInput("gs1_retail", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Retail);
     registerInput("gs1_logistics", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Logistics);
+    registerInput("digital_link_canonical", ParserDataFormat::Gs1DigitalLink,
+                  qvx_bench::kDigitalLinkCanonical);
+    registerInput("digital_link_long_lax", ParserDataFormat::Gs1DigitalLink,
+                  qvx_bench::kDigitalLinkLongLax);
     registerInput("hibc", ParserDataFormat::Hibc, qvx_bench::kHibc);
     registerInput("bcbp_one_leg", ParserDataFormat::IataBcbp, qvx_bench::kBcbpOneLeg);
     registerInput("bcbp_two_legs", ParserDataFormat::IataBcbp, qvx_bench::kBcbpTwoLegs);
