@@ -90,6 +90,13 @@ bool isNumericKey(const std::string& key) {
     return key.empty() || isInCharset(ParserStringRef(key), Charset::Numeric);
 }
 
+// The vocabulary is the same for every parser: built once, and copied into
+// each engine, which is much cheaper than inserting every word again.
+const DigitalLinkKeys& sharedKeys() {
+    static const DigitalLinkKeys keys;
+    return keys;
+}
+
 std::unique_ptr<ParserResult> failure(const std::string& text) {
     auto result = std::make_unique<ParserResult>();
     result->setError(text);
@@ -98,7 +105,7 @@ std::unique_ptr<ParserResult> failure(const std::string& text) {
 
 }  // namespace
 
-Gs1DigitalLinkEngine::Gs1DigitalLinkEngine() {
+Gs1DigitalLinkEngine::Gs1DigitalLinkEngine() : keys(sharedKeys()) {
     Gs1AiParser::strictMode = true;
     allowMachineReadableCodes = false;
     allowHumanReadableCodes = true;

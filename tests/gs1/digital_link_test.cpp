@@ -118,16 +118,6 @@ TEST(DigitalLinkKeys, WordsAndAis) {
     }
 }
 
-TEST(DigitalLinkKeys, EncodedKeys) {
-    for (const char* key : {"4300", "4306", "4310", "4316", "4320"}) {
-        EXPECT_TRUE(parser::isEncodedKey(key)) << key;
-    }
-    for (const char* key : {"4307", "4308", "4317", "shipToCompParameter", ""}) {
-        EXPECT_FALSE(parser::isEncodedKey(key)) << key;
-    }
-    EXPECT_EQ(parser::encodedKeyCharacters().size(), 17u);
-}
-
 // A failed option call keeps what it read before the failure, and the walk
 // follows it too: the check digit is then a field issue, not a failure.
 TEST(Gs1DigitalLinkParser, WalkFollowsOptionsReadBeforeAFailure) {
