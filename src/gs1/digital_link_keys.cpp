@@ -192,11 +192,6 @@ constexpr Attribute kAttributes[] = {
     {"widthVMTICode", "3120-3125, 3240-3245, 3250-3255, 3260-3265"},
 };
 
-constexpr std::string_view kEncodedKeys[] = {
-    "4300", "4301", "4302", "4303", "4304", "4305", "4306", "4310",
-    "4311", "4312", "4313", "4314", "4315", "4316", "4320",
-};
-
 // Each AI of an attribute's list, in order.
 std::vector<std::string> expandAis(std::string_view list) {
     std::vector<std::string> ais;
@@ -281,12 +276,7 @@ result<std::string, std::string> DigitalLinkKeys::getAiForName(const std::string
 }
 
 bool isEncodedKey(std::string_view key) {
-    return std::find(std::begin(kEncodedKeys), std::end(kEncodedKeys), key) !=
-           std::end(kEncodedKeys);
-}
-
-std::string_view encodedKeyCharacters() {
-    return "#/%&+,!()*':;<=>?";
+    return std::find(encodedKeys.begin(), encodedKeys.end(), key) != encodedKeys.end();
 }
 
 }  // namespace parser

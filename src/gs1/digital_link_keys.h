@@ -2,6 +2,7 @@
 // word stands for which AI, and which sequences of path keys are legal.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -29,8 +30,14 @@ class DigitalLinkKeys {
 };
 
 // The AIs whose values are percent-encoded text.
+inline constexpr std::array<std::string_view, 15> encodedKeys = {
+    "4300", "4301", "4302", "4303", "4304", "4305", "4306", "4310",
+    "4311", "4312", "4313", "4314", "4315", "4316", "4320",
+};
+// The bytes that may reach such a value through a percent escape; any other
+// escaped byte is rejected.
+inline constexpr std::string_view encodedKeyCharacters = "#/%&+,!()*':;<=>?";
+
 bool isEncodedKey(std::string_view key);
-// The bytes that may reach such a value through a percent escape.
-std::string_view encodedKeyCharacters();
 
 }  // namespace parser

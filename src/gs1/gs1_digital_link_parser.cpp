@@ -185,7 +185,7 @@ std::unique_ptr<ParserResult> Gs1DigitalLinkParser::parse(ParserStringRef input)
     for (DigitalLinkPair& pair : pairs) {
         // Which bytes may arrive escaped depends on the key as written.
         const std::string_view allowed =
-            isEncodedKey(pair.key) ? encodedKeyCharacters() : std::string_view();
+            isEncodedKey(pair.key) ? encodedKeyCharacters : std::string_view();
         rejected.clear();
         std::string value = decodeUriComponent(ParserStringRef(pair.value), allowed, rejected);
         if (strict && !rejected.empty()) {
