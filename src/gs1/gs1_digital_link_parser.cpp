@@ -23,9 +23,9 @@ ParserRegex compileVerdictPattern(const char* pattern) {
         pattern, std::regex_constants::ECMAScript | std::regex_constants::nosubs));
 }
 
-// A scheme, a host of at least four bytes and URI characters. In the first
-// class "%.-_" is a range from "." to "_", so a "-" in the first bytes of the
-// host fails the test.
+// A scheme and at least four URI bytes behind its slashes. In the first
+// class "%.-_" is a range from "." to "_", so a "-" as the second, third or
+// fourth byte of the host fails the test.
 const ParserRegex& uriPattern() {
     static const ParserRegex pattern = compileVerdictPattern(
         "^http(s)?:\\/\\/.[a-zA-Z0-9@:%.-_\\+~#=]{3,256}\\b([a-zA-Z0-9@:%-_\\+.~#?&/=]*)");
