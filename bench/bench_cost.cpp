@@ -180,8 +180,6 @@ const bool kRegistered = [] {
     registerInput("gs1_logistics", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Logistics);
     registerInput("digital_link_canonical", ParserDataFormat::Gs1DigitalLink,
                   qvx_bench::kDigitalLinkCanonical);
-    registerInput("digital_link_long_lax", ParserDataFormat::Gs1DigitalLink,
-                  qvx_bench::kDigitalLinkLongLax);
     registerInput("hibc", ParserDataFormat::Hibc, qvx_bench::kHibc);
     registerInput("bcbp_one_leg", ParserDataFormat::IataBcbp, qvx_bench::kBcbpOneLeg);
     registerInput("bcbp_two_legs", ParserDataFormat::IataBcbp, qvx_bench::kBcbpTwoLegs);
