@@ -170,6 +170,7 @@ void registerInput(const char* name, ParserDataFormat format, const std::string&
 
 const bool kRegistered = [] {
     registerSample("gs1ai", ParserDataFormat::Gs1Ai);
+    registerSample("gs1_digital_link", ParserDataFormat::Gs1DigitalLink);
     registerSample("hibc", ParserDataFormat::Hibc);
     registerSample("mrtd", ParserDataFormat::Mrtd);
     registerSample("iata_bcbp", ParserDataFormat::IataBcbp);
@@ -178,6 +179,8 @@ const bool kRegistered = [] {
     registerSample("vin", ParserDataFormat::Vin);
     registerInput("gs1_retail", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Retail);
     registerInput("gs1_logistics", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Logistics);
+    registerInput("digital_link_canonical", ParserDataFormat::Gs1DigitalLink,
+                  qvx_bench::kDigitalLinkCanonical);
     registerInput("hibc", ParserDataFormat::Hibc, qvx_bench::kHibc);
     registerInput("mrz_td3", ParserDataFormat::Mrtd, qvx_bench::kMrzTd3);
     registerInput("mrz_td1", ParserDataFormat::Mrtd, qvx_bench::kMrzTd1);

@@ -36,6 +36,18 @@ inline const std::string kGs1Logistics =
     "1524063010BATCH-42\x1d"
     "4104012345000009";
 
+// GS1 Digital Link URIs: a canonical one for a GTIN with lot, serial and
+// expiry, and a long lax one with convenience words, many query attributes
+// (measures, dates, an encoded address) and attributes that name no AI.
+inline const std::string kDigitalLinkCanonical =
+    "https://id.gs1.org/01/09506000134352/10/ABC123/21/SN12345?17=261231";
+inline const std::string kDigitalLinkLongLax =
+    "http://brand.example.com/shop/products/gtin/09506000134352/lot/LOT-2024-117/ser/SN0000042"
+    "?expiryDateCode=261231&bestBeforeDateParameter=261130&packDateParameter=260115"
+    "&3103=001250&3302=000830&3122=000120&countParameter=24&400=PO-2024-000117"
+    "&4300=ACME%2FLogistics&4302=1%2CHigh%2BStreet%26Co&4307=GB"
+    "&linkType=gs1:certificationInfo&context=dscsa&lang=en";
+
 // One HIBC label: primary and secondary segments with an expiry date and a lot.
 inline const std::string kHibc = "+H123GLOVE5/$$3270630LOT8841/16D20240630D";
 

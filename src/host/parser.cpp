@@ -2,6 +2,7 @@
 
 #include "bcbp/bcbp_parser.h"
 #include "gs1/gs1_ai_parser.h"
+#include "gs1/gs1_digital_link_parser.h"
 #include "hibc/hibc_parser.h"
 #include "mrtd/mrtd_parser.h"
 #include "qvx/contract.h"
@@ -30,8 +31,9 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::Gs1AiParser>();
         case ParserDataFormat::Mrtd:
             return std::make_unique<parser::MrtdParser>();
-        case ParserDataFormat::Dlid:
         case ParserDataFormat::Gs1DigitalLink:
+            return std::make_unique<parser::Gs1DigitalLinkParser>();
+        case ParserDataFormat::Dlid:
             return nullptr;
     }
     return nullptr;
