@@ -26,6 +26,7 @@ constexpr int kExitUsage = 2;
 constexpr const char* kSynopsis = R"(Usage:
   qvx-parse --format NAME [--options JSON] [--escapes] [TEXT | --input FILE]
   qvx-parse --format NAME [--options JSON] --json [FILE | --input FILE]
+  qvx-parse (--parser-json JSON | --parser-file FILE) [--json] ...
   qvx-parse --batch
   qvx-parse --list-formats | --help | --version
 )";
@@ -57,6 +58,15 @@ Options:
   --format NAME    The format to expect (see --list-formats).
   --options JSON   Parser options, the text of a JSON object handed to the
                    parser as it is, e.g. '{"strictMode":true}'.
+  --parser-json JSON
+                   Instead of --format and --options: the parser's JSON
+                   description, e.g. '{"type":"parser","dataFormat":"vin",
+                   "options":{"strictMode":true}}'. A refused description
+                   exits 2 (with --json, after printing "deserializerError");
+                   description keys that were not used are warned about on
+                   standard error.
+  --parser-file FILE
+                   As --parser-json, with the description read from FILE.
   --input FILE     Read the input from FILE ("-" for standard input).
   --escapes        Interpret \xHH, \n, \r, \t and \\ in TEXT; any other
                    backslash sequence is a usage error.
@@ -74,10 +84,20 @@ Batch input: one JSON object per line (a trailing "\r" is ignored).
   "showOptions"     true: add "options", the parser's options (snake_case)
   "showEvents"      true: add "events", the usage events of the parse
   "showJsonString"  true: add "jsonString", the stored JSON text of a result
+  "parser"          instead of "format" and "options": the parser's JSON
+                    description, printed compactly, or
+  "parserText"      the description as this string, verbatim
+  "update"          with a description: a second description applied to the
+  "updateText"      parser before the parse (a JSON value, or a string)
+  "showComponentId" true: add "componentId", the parser's component id
+  "showDeserializerWarnings"
+                    true: add "deserializerWarnings", the unused keys of the
+                    last description applied
 Batch output: one compact JSON object per line, always with "ok".
   success           "ok": true, "fields", "warnings"
   parse failure     "ok": false, "error": {"message", "code", "additionalInfo"}
   option failure    "ok": false, "optionsError" (no parse is run)
+  refused description "ok": false, "deserializerError" (no parse is run)
   malformed line    "ok": false, "inputError"
 Bytes that are not valid UTF-8 are dropped from output strings.
 )";
@@ -92,6 +112,8 @@ struct Args {
     std::optional<std::string> format;
     std::optional<std::string> options;
     std::optional<std::string> input;
+    std::optional<std::string> parserJson;
+    std::optional<std::string> parserFile;
     std::vector<std::string> positionals;
     // Count of arguments other than the mode flags, for the modes that take none.
     int otherArguments = 0;
@@ -132,6 +154,8 @@ std::optional<std::string> parseArgs(int argc, char** argv, Args& args) {
         if (name == "--format") slot = &args.format;
         if (name == "--options") slot = &args.options;
         if (name == "--input") slot = &args.input;
+        if (name == "--parser-json") slot = &args.parserJson;
+        if (name == "--parser-file") slot = &args.parserFile;
         if (slot != nullptr) {
             if (*slot) return "'" + name + "' is given twice";
             if (inlineValue) {
@@ -257,8 +281,43 @@ std::optional<std::string> readInput(const std::optional<std::string>& path, boo
     return std::nullopt;
 }
 
+// Makes the parser of --parser-json or --parser-file before any input is read.
+// Returns an exit code when there is nothing left to do.
+std::optional<int> prepareDescribed(const Args& args, Request& request,
+                                    std::optional<qvx_cli::PreparedParser>& prepared) {
+    if (args.parserFile) {
+        std::string why;
+        auto text = qvx_cli::readFile(*args.parserFile, why);
+        if (!text) return runtimeError("cannot read '" + *args.parserFile + "': " + why);
+        request.parserText = std::move(*text);
+    } else {
+        request.parserText = args.parserJson;
+    }
+    auto made = qvx_cli::prepareParser(request, nullptr);
+    if (!made) return runtimeError(made.error());
+    prepared = std::move(made).value();
+    for (const auto& warning : prepared->deserializerWarnings) {
+        std::cerr << "qvx-parse: warning: " << warning << '\n';
+    }
+    if (!prepared->deserializerError) return std::nullopt;
+    if (!args.json) return runtimeError(*prepared->deserializerError);
+    std::string line;
+    qvx_cli::appendResponseText(line, request, qvx_cli::respond(request, *prepared), nullptr);
+    std::cout << line << '\n';
+    std::cout.flush();
+    if (!std::cout) return runtimeError("cannot write to standard output");
+    return kExitUsage;
+}
+
 int runSingle(const Args& args) {
-    if (!args.format) return usageError("'--format' is missing");
+    const bool described = args.parserJson || args.parserFile;
+    if (args.parserJson && args.parserFile) {
+        return usageError("give '--parser-json' or '--parser-file', not both");
+    }
+    if (described && (args.format || args.options)) {
+        return usageError("a parser description replaces '--format' and '--options'");
+    }
+    if (!described && !args.format) return usageError("'--format' is missing");
     if (args.positionals.size() > 1) return usageError("too many arguments");
     if (!args.positionals.empty() && args.input) {
         return usageError(args.json ? "give FILE or '--input', not both"
@@ -269,16 +328,23 @@ int runSingle(const Args& args) {
     }
 
     Request request;
-    auto format = parser::dataFormatFromName(*args.format);
-    if (!format) return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
-    if (!qvx::Parser::isFormatAvailable(*format)) {
-        // Checked before reading any input; the library words the reason.
-        auto created = qvx::Parser::create(nullptr, *format);
-        return runtimeError(created ? "the format '" + *args.format + "' is not available"
-                                    : created.error());
+    std::optional<qvx_cli::PreparedParser> prepared;
+    if (described) {
+        if (auto exit = prepareDescribed(args, request, prepared)) return *exit;
+    } else {
+        auto format = parser::dataFormatFromName(*args.format);
+        if (!format) {
+            return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
+        }
+        if (!qvx::Parser::isFormatAvailable(*format)) {
+            // Checked before reading any input; the library words the reason.
+            auto created = qvx::Parser::create(nullptr, *format);
+            return runtimeError(created ? "the format '" + *args.format + "' is not available"
+                                        : created.error());
+        }
+        request.format = *format;
+        request.optionsText = args.options;
     }
-    request.format = *format;
-    request.optionsText = args.options;
 
     if (!args.json && !args.positionals.empty()) {
         request.data = args.positionals.front();
@@ -294,7 +360,9 @@ int runSingle(const Args& args) {
         if (auto error = readInput(path, !args.json, request.data)) return runtimeError(*error);
     }
 
-    auto run = qvx_cli::runRequest(request);
+    auto run = prepared ? bar::result<qvx_cli::Response, std::string>::success(
+                              qvx_cli::respond(request, *prepared))
+                        : qvx_cli::runRequest(request);
     if (!run) return runtimeError(run.error());
     const auto& response = run.value();
 

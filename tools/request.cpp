@@ -1,6 +1,7 @@
 #include "request.h"
 
 #include <memory>
+#include <stdexcept>
 #include <utility>
 
 #include "base64.h"
@@ -35,16 +36,57 @@ bool readFlag(const json& line, const char* key, std::string& error) {
     return it->get<bool>();
 }
 
+// A pair of members where a JSON value (printed compactly) or a text may be
+// given, at most one of them; `out` stays empty when neither is.
+void readValueOrText(const json& line, const char* valueKey, const char* textKey,
+                     std::optional<std::string>& out, std::string& error) {
+    if (!error.empty()) return;
+    auto value = line.find(valueKey);
+    auto text = line.find(textKey);
+    if (value != line.end() && text != line.end()) {
+        error = std::string("give only one of \"") + valueKey + "\" and \"" + textKey + "\"";
+    } else if (value != line.end()) {
+        out = value->dump();
+    } else if (text != line.end()) {
+        if (!text->is_string()) {
+            error = std::string("\"") + textKey + "\" must be a string";
+        } else {
+            out = text->get<std::string>();
+        }
+    }
+}
+
+// The name of whichever member of a pair the line has.
+const char* givenKey(const json& line, const char* valueKey, const char* textKey) {
+    return line.contains(valueKey) ? valueKey : textKey;
+}
+
 RequestResult requestFromLine(json& line) {
     Request request;
 
+    // A line names its parser by "format" (with options), or describes it.
+    std::string error;
+    readValueOrText(line, "parser", "parserText", request.parserText, error);
+    readValueOrText(line, "update", "updateText", request.updateText, error);
+    if (!error.empty()) return RequestResult::failure(error);
+    if (request.parserText && line.contains("format")) {
+        return RequestResult::failure(std::string("give only one of \"format\" and \"") +
+                                      givenKey(line, "parser", "parserText") + "\"");
+    }
+    if (!request.parserText && request.updateText) {
+        return RequestResult::failure(std::string("\"") + givenKey(line, "update", "updateText") +
+                                      "\" applies only with \"parser\" or \"parserText\"");
+    }
+
     auto format = line.find("format");
-    if (format == line.end()) return RequestResult::failure("missing \"format\"");
-    if (!format->is_string()) return RequestResult::failure("\"format\" must be a string");
-    const auto& name = format->get_ref<const std::string&>();
-    auto value = parser::dataFormatFromName(name);
-    if (!value) return RequestResult::failure("unknown format \"" + name + "\"");
-    request.format = *value;
+    if (!request.parserText) {
+        if (format == line.end()) return RequestResult::failure("missing \"format\"");
+        if (!format->is_string()) return RequestResult::failure("\"format\" must be a string");
+        const auto& name = format->get_ref<const std::string&>();
+        auto value = parser::dataFormatFromName(name);
+        if (!value) return RequestResult::failure("unknown format \"" + name + "\"");
+        request.format = *value;
+    }
 
     auto data = line.find("data");
     auto data64 = line.find("dataBase64");
@@ -65,24 +107,18 @@ RequestResult requestFromLine(json& line) {
         return RequestResult::failure("missing \"data\" or \"dataBase64\"");
     }
 
-    auto options = line.find("options");
-    auto optionsText = line.find("optionsText");
-    if (options != line.end() && optionsText != line.end()) {
-        return RequestResult::failure("give only one of \"options\" and \"optionsText\"");
-    }
-    if (options != line.end()) {
-        request.optionsText = options->dump();
-    } else if (optionsText != line.end()) {
-        if (!optionsText->is_string()) {
-            return RequestResult::failure("\"optionsText\" must be a string");
-        }
-        request.optionsText = optionsText->get<std::string>();
+    readValueOrText(line, "options", "optionsText", request.optionsText, error);
+    if (!error.empty()) return RequestResult::failure(error);
+    if (request.parserText && request.optionsText) {
+        return RequestResult::failure(std::string("\"") + givenKey(line, "options", "optionsText") +
+                                      "\" applies only with \"format\"");
     }
 
-    std::string error;
     request.showOptions = readFlag(line, "showOptions", error);
     request.showEvents = readFlag(line, "showEvents", error);
     request.showJsonString = readFlag(line, "showJsonString", error);
+    request.showComponentId = readFlag(line, "showComponentId", error);
+    request.showDeserializerWarnings = readFlag(line, "showDeserializerWarnings", error);
     if (!error.empty()) return RequestResult::failure(error);
     return RequestResult::success(std::move(request));
 }
@@ -105,11 +141,31 @@ constexpr std::size_t kMaxKeptParsers = 64;
 
 using PrepareResult = bar::result<PreparedParser, std::string>;
 
+PreparedParser deserialize(const Request& request,
+                           const std::shared_ptr<qvx::core::Context>& context) {
+    PreparedParser prepared;
+    auto deserializer = qvx::ParserDeserializer::create();
+    try {
+        prepared.parser = deserializer->parserFromJsonString(context, *request.parserText);
+        if (request.updateText) {
+            deserializer->updateParserFromJsonString(prepared.parser, *request.updateText);
+        }
+    } catch (const std::invalid_argument& e) {
+        prepared.deserializerError = e.what();
+    }
+    prepared.deserializerWarnings = deserializer->getWarnings();
+    return prepared;
+}
+
+}  // namespace
+
 PrepareResult prepareParser(const Request& request,
                             const std::shared_ptr<qvx::core::Context>& context) {
+    if (request.parserText) return PrepareResult::success(deserialize(request, context));
     auto created = qvx::Parser::create(context, request.format);
     if (!created) return PrepareResult::failure(created.error());
-    PreparedParser prepared{created.value(), std::nullopt};
+    PreparedParser prepared;
+    prepared.parser = created.value();
     if (request.optionsText) {
         auto set = prepared.parser->setOptions(*request.optionsText);
         if (!set) prepared.optionsError = set.error();
@@ -120,12 +176,19 @@ PrepareResult prepareParser(const Request& request,
 Response respond(const Request& request, const PreparedParser& prepared) {
     Response response;
     response.optionsError = prepared.optionsError;
-    if (request.showOptions) response.options = prepared.parser->optionsToJSON();
-    if (!response.optionsError) response.parse = prepared.parser->parse(request.data);
+    response.deserializerError = prepared.deserializerError;
+    if (request.showDeserializerWarnings) {
+        response.deserializerWarnings = prepared.deserializerWarnings;
+    }
+    if (prepared.parser) {
+        if (request.showComponentId) response.componentId = prepared.parser->getComponentId();
+        if (request.showOptions) response.options = prepared.parser->optionsToJSON();
+    }
+    if (!response.optionsError && !response.deserializerError) {
+        response.parse = prepared.parser->parse(request.data);
+    }
     return response;
 }
-
-}  // namespace
 
 bar::result<Response, std::string> runRequest(const Request& request) {
     using Result = bar::result<Response, std::string>;
@@ -147,6 +210,19 @@ json issueToJson(const parser::ParserIssue& issue) {
             {"additionalInfo", std::move(info)}};
 }
 
+namespace {
+
+void appendStrings(std::string& out, const std::vector<std::string>& texts) {
+    out += '[';
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (i > 0) out += ',';
+        parser::appendJsonString(out, texts[i]);
+    }
+    out += ']';
+}
+
+}  // namespace
+
 void appendResponseText(std::string& out, const Request& request, const Response& response,
                         const json* id) {
     const bool parsed = !response.optionsError && response.parse;
@@ -159,6 +235,18 @@ void appendResponseText(std::string& out, const Request& request, const Response
         out += name;
         out += "\":";
     };
+    if (response.componentId) {
+        key("componentId");
+        parser::appendJsonString(out, *response.componentId);
+    }
+    if (response.deserializerError) {
+        key("deserializerError");
+        parser::appendJsonString(out, *response.deserializerError);
+    }
+    if (request.showDeserializerWarnings) {
+        key("deserializerWarnings");
+        appendStrings(out, response.deserializerWarnings);
+    }
     if (parsed && !ok) {
         key("error");
         parser::appendJsonText(out, issueToJson(*response.parse->error()), -1);
@@ -181,7 +269,7 @@ void appendResponseText(std::string& out, const Request& request, const Response
     }
     key("ok");
     out += ok ? "true" : "false";
-    if (request.showOptions) {
+    if (!response.options.is_null()) {
         key("options");
         parser::appendJsonText(out, response.options, -1);
     }
@@ -191,14 +279,7 @@ void appendResponseText(std::string& out, const Request& request, const Response
     }
     if (data != nullptr) {
         key("warnings");
-        out += '[';
-        bool firstWarning = true;
-        for (const auto& warning : data->warnings()) {
-            if (!firstWarning) out += ',';
-            firstWarning = false;
-            parser::appendJsonString(out, warning);
-        }
-        out += ']';
+        appendStrings(out, data->warnings());
     }
     out += '}';
 }
@@ -207,7 +288,7 @@ bar::result<Response, std::string> BatchRunner::run(const Request& request) {
     using Result = bar::result<Response, std::string>;
     if (request.showEvents) return runRequest(request);
 
-    Key key(request.format, request.optionsText);
+    Key key(request.format, request.optionsText, request.parserText, request.updateText);
     auto kept = parsers_.find(key);
     if (kept == parsers_.end()) {
         auto prepared = prepareParser(request, nullptr);

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "qvx/qvx.h"
@@ -18,31 +19,54 @@ struct Request {
     ParserDataFormat format = ParserDataFormat::Gs1Ai;
     // Handed to the parser's option setter once, when present.
     std::optional<std::string> optionsText;
+    // When present, the parser comes from this JSON description instead of
+    // `format` and `optionsText`, and is then updated with `updateText`.
+    std::optional<std::string> parserText;
+    std::optional<std::string> updateText;
     // The input bytes, unchanged.
     std::string data;
     bool showOptions = false;
     bool showEvents = false;
     bool showJsonString = false;
+    bool showComponentId = false;
+    bool showDeserializerWarnings = false;
 };
 
 struct Response {
     // Set when the option call failed; then no parse was run.
     std::optional<std::string> optionsError;
+    // Set when the deserializer threw; then no parse was run.
+    std::optional<std::string> deserializerError;
+    std::vector<std::string> deserializerWarnings;
+    // The parser's component id, when there is a parser.
+    std::optional<std::string> componentId;
     // The outcome of the parse, when one was run.
     std::optional<qvx::ParseOutcome> parse;
     // The parser's options after the option call (snake_case keys), read only
-    // when the request shows them.
+    // when the request shows them and there is a parser; null otherwise.
     nlohmann::json options;
     // Every usage event of this request, as {"id": ..., "payload": ...}.
     nlohmann::json events = nlohmann::json::array();
 };
 
-// A parser of one format with one request's options set once.
+// A parser of one format with one request's options set once, or made from
+// the request's descriptions.
 struct PreparedParser {
     std::shared_ptr<qvx::Parser> parser;
     // The option call's failure; such a parser is never asked to parse.
     std::optional<std::string> optionsError;
+    // The deserializer's failure (then `parser` may be null) and warnings.
+    std::optional<std::string> deserializerError;
+    std::vector<std::string> deserializerWarnings;
 };
+
+// Makes the parser of `request` without parsing. Fails with the library's
+// creation message when the format is not built.
+bar::result<PreparedParser, std::string> prepareParser(
+    const Request& request, const std::shared_ptr<qvx::core::Context>& context);
+
+// Parses the request's data with a prepared parser, unless preparing failed.
+Response respond(const Request& request, const PreparedParser& prepared);
 
 // Runs `request` on a freshly created parser with its own event sink. Fails
 // with the library's creation message when the format is not built.
@@ -69,7 +93,9 @@ class BatchRunner {
     void handleLine(std::string_view line, std::string& out);
 
   private:
-    using Key = std::pair<ParserDataFormat, std::optional<std::string>>;
+    // Format, options text, description text, update text.
+    using Key = std::tuple<ParserDataFormat, std::optional<std::string>, std::optional<std::string>,
+                           std::optional<std::string>>;
 
     bar::result<Response, std::string> run(const Request& request);
 

@@ -8,5 +8,6 @@
 #include "qvx/issue.h"
 #include "qvx/parsed.h"
 #include "qvx/parser.h"
+#include "qvx/parser_deserializer.h"
 #include "qvx/result.h"
 #include "qvx/string_ref.h"
