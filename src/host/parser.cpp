@@ -1,6 +1,7 @@
 #include "qvx/parser.h"
 
 #include "bcbp/bcbp_parser.h"
+#include "dlid/dlid_parser.h"
 #include "gs1/gs1_ai_parser.h"
 #include "hibc/hibc_parser.h"
 #include "qvx/contract.h"
@@ -28,6 +29,7 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
         case ParserDataFormat::Gs1Ai:
             return std::make_unique<parser::Gs1AiParser>();
         case ParserDataFormat::Dlid:
+            return std::make_unique<parser::DLIDParser>();
         case ParserDataFormat::Mrtd:
         case ParserDataFormat::Gs1DigitalLink:
             return nullptr;
