@@ -45,11 +45,12 @@ inline constexpr std::string_view kIinBermuda = "168100";
 inline constexpr std::string_view kIinColorado = "636020";
 inline constexpr std::string_view kIinPennsylvania = "636025";
 
-// The Canadian issuers: they write dates year first whatever the version.
-inline constexpr std::array<std::string_view, 12> kCanadianIins = {
-    kIinAlberta,  kIinAlbertaOld, kIinBritishColumbia,     kIinManitoba, kIinNewBrunswick,
-    kIinNewfoundland, kIinNovaScotia, kIinNunavut, kIinOntario, kIinPrinceEdwardIsland,
-    kIinQuebec,   kIinSaskatchewan,
+// The twelve Canadian issuers (Alberta with two codes): they write dates year
+// first whatever the version.
+inline constexpr std::array<std::string_view, 13> kCanadianIins = {
+    kIinAlberta,    kIinAlbertaOld, kIinBritishColumbia,    kIinManitoba, kIinNewBrunswick,
+    kIinNewfoundland, kIinNovaScotia, kIinNunavut,          kIinOntario,  kIinPrinceEdwardIsland,
+    kIinQuebec,     kIinSaskatchewan, kIinYukon,
 };
 
 inline bool isAlbertaVersion3(std::string_view iin, int version) {
