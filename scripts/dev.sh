@@ -48,7 +48,7 @@ case "${1:-}" in
         build_default >/dev/null
         status=0
         for sample in examples/samples/*; do
-            format=$(basename "$sample"); format=${format%.*}
+            format=$(basename "$sample"); format=${format%%.*}
             echo "== $format ($sample)"
             build/default/tools/qvx-parse --format "$format" --input "$sample" || status=1
             echo

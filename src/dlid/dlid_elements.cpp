@@ -193,10 +193,10 @@ DLIDElementTable tableOf(const Row (&rows)[N], int version, bool albertaVersion3
         if (albertaVersion3 && row.id == "DAX") continue;
         if (albertaVersion3 && row.id == "DAW") {
             // Alberta's old cards print "weight unit" in DAW, and no DAX.
-            table.push_back({row.id, kText, R::AlbertaWeight});
+            table.push_back({row.id, kText, R::AlbertaWeight, elementKey(row.id)});
             continue;
         }
-        table.push_back({row.id, row.classes, row.reader});
+        table.push_back({row.id, row.classes, row.reader, elementKey(row.id)});
     }
     return table;
 }
@@ -366,14 +366,16 @@ const DLIDElementTable& elementTableFor(int version, std::string_view iin) {
 }
 
 const DLIDElement* findElement(const DLIDElementTable& table, std::string_view id) {
+    if (id.size() != 3) return nullptr;
+    const std::uint32_t key = elementKey(id);
     const auto it = std::lower_bound(
-        table.begin(), table.end(), id,
-        [](const DLIDElement& row, std::string_view key) { return row.id < key; });
-    return it != table.end() && it->id == id ? &*it : nullptr;
+        table.begin(), table.end(), key,
+        [](const DLIDElement& row, std::uint32_t wanted) { return row.key < wanted; });
+    return it != table.end() && it->key == key ? &*it : nullptr;
 }
 
 const DLIDElement& fallbackElement() {
-    static const DLIDElement kFallback{"", kUnknownElement, R::Verbatim};
+    static const DLIDElement kFallback{"", kUnknownElement, R::Verbatim, 0};
     return kFallback;
 }
 

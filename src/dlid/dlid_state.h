@@ -45,10 +45,20 @@ enum class DLIDReader : std::uint8_t {
 // Character classes an element's value may draw on, one bit per Charset value.
 using DLIDClasses = std::uint8_t;
 
+// An element id's three bytes as one number that sorts as the id does.
+constexpr std::uint32_t elementKey(std::string_view id) {
+    std::uint32_t key = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        key = key << 8U | (i < id.size() ? static_cast<unsigned char>(id[i]) : 0U);
+    }
+    return key;
+}
+
 struct DLIDElement {
     std::string_view id;
     DLIDClasses allowedClasses = 0;
     DLIDReader reader = DLIDReader::Verbatim;
+    std::uint32_t key = elementKey(id);
 };
 
 using DLIDElementTable = std::vector<DLIDElement>;

@@ -2,6 +2,7 @@
 // weight in one shape, whatever version or medium the document used.
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,41 +34,72 @@ bool isSuffix(const std::string& name) {
     return false;
 }
 
-// Reads the fields a unified member is built from.
+// The fields a unified member is built from.
+enum Id : std::uint8_t {
+    DAA, DAB, DAC, DAD, DAG, DAH, DAI, DAJ, DAK, DAL, DAM, DAN, DAO, DAP,
+    DAU, DAV, DAW, DAX, DBA, DBB, DBC, DBD, DCE, DCS, DCT, kIdCount
+};
+constexpr std::array<std::string_view, kIdCount> kIdNames = {
+    "DAA", "DAB", "DAC", "DAD", "DAG", "DAH", "DAI", "DAJ", "DAK", "DAL", "DAM", "DAN", "DAO",
+    "DAP", "DAU", "DAV", "DAW", "DAX", "DBA", "DBB", "DBC", "DBD", "DCE", "DCS", "DCT",
+};
+
+// Reads the fields of the result, each found once up front: the first field
+// of a name counts, as for any lookup by name.
 class FieldReader {
   public:
-    explicit FieldReader(ParserResult& result) : result_(result) {}
+    explicit FieldReader(ParserResult& result) : result_(result) {
+        std::array<std::uint32_t, kIdCount> keys{};
+        for (std::size_t i = 0; i < kIdCount; ++i) keys[i] = elementKey(kIdNames[i]);
+        for (const ParsedField& field : result.fields) {
+            if (field.name.size() != 3) {
+                if (header_ == nullptr && field.name == "header") header_ = &field;
+                continue;
+            }
+            const std::uint32_t key = elementKey(field.name);
+            for (std::size_t i = 0; i < kIdCount; ++i) {
+                if (keys[i] == key) {
+                    if (fields_[i] == nullptr) fields_[i] = &field;
+                    break;
+                }
+            }
+        }
+    }
 
-    const ParsedField* field(const char* id) const { return result_.getFieldByName(id); }
+    const ParsedField* field(Id id) const { return fields_[id]; }
+    const ParsedField* header() const { return header_; }
 
     // The text of an element, "" when absent or "NONE". Any other value than a
     // string or an integer is an error of the result.
-    std::string text(const char* id) const {
-        const ParsedField* found = field(id);
+    std::string text(Id id) const {
+        const ParsedField* found = fields_[id];
         if (found == nullptr) return std::string();
         std::string value;
         if (found->parsed.is_string()) {
-            value = found->parsed.get<std::string>();
+            value = found->parsed.get_ref<const std::string&>();
         } else if (found->parsed.is_number_integer()) {
             value = found->parsed.dump();
         } else {
-            result_.setError("Field \"" + std::string(id) + "\" type must be string, but is " +
-                             found->parsed.type_name());
+            result_.setError("Field \"" + std::string(kIdNames[id]) +
+                             "\" type must be string, but is " + found->parsed.type_name());
             return std::string();
         }
         return value == "NONE" ? std::string() : value;
     }
 
     // The parsed value, or null when the field is absent.
-    json value(const char* id) const {
-        const ParsedField* found = field(id);
-        return found == nullptr ? json(nullptr) : found->parsed;
+    const json& value(Id id) const {
+        static const json kNull;
+        const ParsedField* found = fields_[id];
+        return found == nullptr ? kNull : found->parsed;
     }
 
     ParserResult& result() const { return result_; }
 
   private:
     ParserResult& result_;
+    std::array<const ParsedField*, kIdCount> fields_{};
+    const ParsedField* header_ = nullptr;
 };
 
 std::string stripBlanksAndCommas(const std::string& text) {
@@ -105,23 +137,23 @@ void namesInParts(const FieldReader& fields, const std::string& fullName, NamePa
         return part.find(' ') != std::string::npos ? ' ' : ',';
     };
     Names given;
-    if (fields.field("DAC") != nullptr) {
-        given = splitNames(fields.text("DAC"), ',');
-    } else if (fields.field("DCT") != nullptr) {
-        given = splitNames(fields.text("DCT"), ',');
+    if (fields.field(DAC) != nullptr) {
+        given = splitNames(fields.text(DAC), ',');
+    } else if (fields.field(DCT) != nullptr) {
+        given = splitNames(fields.text(DCT), ',');
     } else if (hasComma) {
         const std::string part = fullName.substr(comma + 1);
         given = splitNames(part, separatorOf(part));
     }
     parts.firstNamesWithoutMiddle = given;
     parts.firstNames = given;
-    const std::string middle = fields.text("DAD");
+    const std::string middle = fields.text(DAD);
     if (!middle.empty()) parts.firstNames.push_back(stripBlanksAndCommas(middle));
 
-    if (fields.field("DCS") != nullptr) {
-        parts.lastNames = splitNames(fields.text("DCS"), ',');
-    } else if (fields.field("DAB") != nullptr) {
-        parts.lastNames = splitNames(fields.text("DAB"), ',');
+    if (fields.field(DCS) != nullptr) {
+        parts.lastNames = splitNames(fields.text(DCS), ',');
+    } else if (fields.field(DAB) != nullptr) {
+        parts.lastNames = splitNames(fields.text(DAB), ',');
     } else if (hasComma) {
         const std::string part = fullName.substr(0, comma);
         parts.lastNames = splitNames(part, separatorOf(part));
@@ -189,8 +221,8 @@ json namesOrNull(const Names& names) {
 
 void parseNames(const FieldReader& fields, json& unified) {
     NameParts parts;
-    const std::string fullName = fields.text("DAA");
-    if (fields.field("DAA") == nullptr || fullName.find(',') != std::string::npos) {
+    const std::string fullName = fields.text(DAA);
+    if (fields.field(DAA) == nullptr || fullName.find(',') != std::string::npos) {
         namesInParts(fields, fullName, parts);
     } else {
         namesInOneElement(fullName, parts);
@@ -204,7 +236,7 @@ void parseNames(const FieldReader& fields, json& unified) {
     if (!parts.wholeName.empty()) {
         parts.wholeName.pop_back();
         name = std::move(parts.wholeName);
-    } else if (std::string text = fields.text("DAA"); !text.empty()) {
+    } else if (std::string text = fields.text(DAA); !text.empty()) {
         name = std::move(text);
     }
     unified["firstNames"] = namesOrNull(parts.firstNames);
@@ -237,20 +269,23 @@ Date dateOf(const json& value, ParserResult* report) {
     return Date{parts[0], parts[1], parts[2]};
 }
 
+bool issuedInArizona(const ParsedField* header) {
+    if (header == nullptr || !header->parsed.is_object()) return false;
+    const auto iin = header->parsed.find("IIN");
+    return iin != header->parsed.end() && iin->is_string() &&
+           dlid::isArizona(iin->get_ref<const std::string&>());
+}
+
 void parseDates(const FieldReader& fields, json& unified, const Date& today,
                 bool neverExpiresCandidate, const std::string& documentType) {
-    json birth = fields.value("DBB");
-    json expiry = fields.value("DBA");
+    json birth = fields.value(DBB);
+    json expiry = fields.value(DBA);
     const Date birthDate = birth.is_null() ? Date{} : dateOf(birth, nullptr);
-    const json header = fields.value("header");
-    const bool arizona = header.is_object() && header.contains("IIN") &&
-                         header["IIN"].is_string() &&
-                         dlid::isArizona(header["IIN"].get_ref<const std::string&>());
-    if (expiry.is_null() && arizona) {
+    if (expiry.is_null() && issuedInArizona(fields.header())) {
         // Arizona prints no expiry before the 65th birthday; cards of older
         // holders last five years from issue.
         const Date sixtyFifth = birthDate.addYears(65);
-        const json issue = fields.value("DBD");
+        const json& issue = fields.value(DBD);
         if (sixtyFifth >= today) {
             expiry = dateToJson(sixtyFifth);
         } else if (!issue.is_null()) {
@@ -272,17 +307,17 @@ void parseDates(const FieldReader& fields, json& unified, const Date& today,
 }
 
 void parseGender(const FieldReader& fields, json& unified) {
-    json gender = fields.value("DBC");
-    unified["gender"] = gender.is_null() ? json("invalid") : std::move(gender);
+    const json& gender = fields.value(DBC);
+    unified["gender"] = gender.is_null() ? json("invalid") : gender;
 }
 
 void parseFullAddress(const FieldReader& fields, json& unified, int version) {
-    std::string address = fields.text("DAG");
-    for (const char* id : {"DAH", "DAI", "DAJ"}) {
+    std::string address = fields.text(DAG);
+    for (const Id id : {DAH, DAI, DAJ}) {
         const std::string part = fields.text(id);
         if (!part.empty()) address += ", " + part;
     }
-    const json postal = fields.value("DAK");
+    const json& postal = fields.value(DAK);
     if (!postal.is_null()) {
         std::string code;
         if (postal.is_object()) {
@@ -295,12 +330,12 @@ void parseFullAddress(const FieldReader& fields, json& unified, int version) {
     }
     // Version 1 documents may give only the residence address.
     if (version < 2 && address.empty()) {
-        address = fields.text("DAL");
-        for (const char* id : {"DAM", "DAN", "DAO"}) {
+        address = fields.text(DAL);
+        for (const Id id : {DAM, DAN, DAO}) {
             const std::string part = fields.text(id);
             if (!part.empty()) address += ", " + part;
         }
-        const json residencePostal = fields.value("DAP");
+        const json& residencePostal = fields.value(DAP);
         if (!residencePostal.is_null()) {
             const json five = residencePostal.is_object() ? residencePostal.value("5digit", json())
                                                           : json();
@@ -317,8 +352,8 @@ void parseFullAddress(const FieldReader& fields, json& unified, int version) {
 }
 
 void parseHeight(const FieldReader& fields, json& unified) {
-    json height = fields.value("DAU");
-    if (height.is_null()) height = fields.value("DAV");
+    const json& measured = fields.value(DAU).is_null() ? fields.value(DAV) : fields.value(DAU);
+    json height = measured;
     if (height.is_null()) {
         height = json::object();
         addMember(height, "cm", 0);
@@ -338,13 +373,13 @@ int weightBin(long pounds) {
 
 void parseWeightRange(const FieldReader& fields, json& unified) {
     int range = -1;
-    if (const json value = fields.value("DCE"); value.is_number_integer()) {
+    if (const json& value = fields.value(DCE); value.is_number_integer()) {
         range = value.get<int>();
     }
-    if (const json pounds = fields.value("DAW"); pounds.is_number_integer()) {
+    if (const json& pounds = fields.value(DAW); pounds.is_number_integer()) {
         range = weightBin(pounds.get<long>());
     }
-    if (const json kilograms = fields.value("DAX"); kilograms.is_number_integer()) {
+    if (const json& kilograms = fields.value(DAX); kilograms.is_number_integer()) {
         range = weightBin(static_cast<long>(
             std::roundf(static_cast<float>(kilograms.get<long>()) * 2.20462F)));
     }

@@ -92,7 +92,9 @@ TEST(Parser, BundledSamplesParse) {
     namespace fs = std::filesystem;
     std::size_t count = 0;
     for (const auto& entry : fs::directory_iterator(QVX_SAMPLES_DIR)) {
-        const std::string name = entry.path().stem().string();
+        // "<format>.txt", or "<format>.<variant>.txt" for a second sample.
+        const std::string file = entry.path().filename().string();
+        const std::string name = file.substr(0, file.find('.'));
         auto format = parser::dataFormatFromName(name);
         ASSERT_TRUE(format.has_value()) << "sample not named after a format: " << entry.path();
         auto created = qvx::Parser::create(nullptr, *format);
