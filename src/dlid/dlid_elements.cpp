@@ -19,7 +19,8 @@ using R = DLIDReader;
 
 constexpr DLIDClasses classBits(std::initializer_list<Charset> sets) {
     DLIDClasses bits = 0;
-    for (const Charset set : sets) bits |= static_cast<DLIDClasses>(1U << static_cast<unsigned>(set));
+    for (const Charset set : sets)
+        bits |= static_cast<DLIDClasses>(1U << static_cast<unsigned>(set));
     return bits;
 }
 
@@ -28,8 +29,8 @@ constexpr DLIDClasses kAlpha = classBits({Charset::Alphabetic});
 constexpr DLIDClasses kNumericOrPunct = classBits({Charset::DlidSpecial, Charset::Numeric});
 constexpr DLIDClasses kAlphaOrPunct = classBits({Charset::DlidSpecial, Charset::Alphabetic});
 constexpr DLIDClasses kAlphanumeric = classBits({Charset::Numeric, Charset::Alphabetic});
-constexpr DLIDClasses kText = classBits({Charset::DlidSpecial, Charset::Numeric,
-                                         Charset::Alphabetic, Charset::LimitedExtendedAscii});
+constexpr DLIDClasses kText = classBits(
+    {Charset::DlidSpecial, Charset::Numeric, Charset::Alphabetic, Charset::LimitedExtendedAscii});
 constexpr DLIDClasses kUnknownElement =
     classBits({Charset::Alphabetic, Charset::Numeric, Charset::DlidSpecial});
 
@@ -59,90 +60,90 @@ struct Row {
 
 // Elements of AAMVA versions 2 and up, after the standard's data element table.
 constexpr Row kCurrentRows[] = {
-    {"DAA", kText, R::String, 2},           // full name
-    {"DAC", kText, R::Latin1, 4},           // first name
-    {"DAD", kText, R::Latin1, 4},           // middle names
-    {"DAG", kText, R::TrimmedLatin1, 2},    // street address 1
-    {"DAH", kText, R::Latin1, 2},           // street address 2
-    {"DAI", kText, R::TrimmedLatin1, 2},    // city
-    {"DAJ", kText, R::String, 2},           // jurisdiction code
-    {"DAK", kText, R::PostalCode, 2},       // postal code
-    {"DAQ", kText, R::String, 2},           // customer id number
-    {"DAR", kText, R::String, 2},           // vehicle class
-    {"DAS", kText, R::String, 2},           // restriction codes
-    {"DAT", kText, R::String, 2},           // endorsement codes
-    {"DAU", kText, R::Height, 2},           // height
-    {"DAW", kNumeric, R::Integer, 2},       // weight in pounds
-    {"DAX", kNumeric, R::Integer, 2},       // weight in kilograms
+    {"DAA", kText, R::String, 2},         // full name
+    {"DAC", kText, R::Latin1, 4},         // first name
+    {"DAD", kText, R::Latin1, 4},         // middle names
+    {"DAG", kText, R::TrimmedLatin1, 2},  // street address 1
+    {"DAH", kText, R::Latin1, 2},         // street address 2
+    {"DAI", kText, R::TrimmedLatin1, 2},  // city
+    {"DAJ", kText, R::String, 2},         // jurisdiction code
+    {"DAK", kText, R::PostalCode, 2},     // postal code
+    {"DAQ", kText, R::String, 2},         // customer id number
+    {"DAR", kText, R::String, 2},         // vehicle class
+    {"DAS", kText, R::String, 2},         // restriction codes
+    {"DAT", kText, R::String, 2},         // endorsement codes
+    {"DAU", kText, R::Height, 2},         // height
+    {"DAW", kNumeric, R::Integer, 2},     // weight in pounds
+    {"DAX", kNumeric, R::Integer, 2},     // weight in kilograms
     {"DAY", kAlphaOrPunct, R::EyeColour, 2},
     {"DAZ", kAlphaOrPunct, R::HairColour, 2},
-    {"DBA", kNumericOrPunct, R::Date, 2},   // expiry date
-    {"DBB", kNumericOrPunct, R::Date, 2},   // date of birth
-    {"DBC", kAlphanumeric, R::Gender, 2},   // sex
-    {"DBD", kNumericOrPunct, R::Date, 2},   // issue date
-    {"DBG", kText, R::Verbatim, 2},         // alias first name
-    {"DBN", kText, R::Verbatim, 2},         // alias family name
-    {"DBS", kText, R::Verbatim, 2},         // alias suffix
-    {"DCA", kText, R::String, 2},           // jurisdiction vehicle class
-    {"DCB", kText, R::String, 2},           // jurisdiction restrictions
-    {"DCD", kText, R::String, 2},           // jurisdiction endorsements
-    {"DCE", kNumeric, R::Integer, 2},       // weight range
-    {"DCF", kText, R::String, 2},           // document discriminator
-    {"DCG", kAlpha, R::Verbatim, 2},        // country
-    {"DCH", kAlphanumeric, R::Verbatim, 2}, // federal commercial vehicle codes
-    {"DCI", kAlpha, R::Latin1, 2},          // place of birth
-    {"DCJ", kText, R::Verbatim, 2},         // audit information
-    {"DCK", kText, R::String, 2},           // inventory control number
-    {"DCL", kAlphaOrPunct, R::Verbatim, 2}, // race or ethnicity
-    {"DCM", kAlphanumeric, R::Verbatim, 2}, // standard vehicle class
-    {"DCN", kAlphanumeric, R::Verbatim, 2}, // standard endorsement codes
-    {"DCO", kAlphanumeric, R::Verbatim, 2}, // standard restriction codes
-    {"DCP", kText, R::Verbatim, 2},         // vehicle class description
-    {"DCQ", kText, R::Verbatim, 2},         // endorsement description
-    {"DCR", kText, R::Verbatim, 2},         // restriction description
-    {"DCS", kText, R::TrimmedLatin1, 2},    // family name
-    {"DCT", kText, R::TrimmedLatin1, 2},    // given names
-    {"DCU", kText, R::Verbatim, 2},         // name suffix
-    {"DDA", kAlpha, R::Verbatim, 2},        // compliance type
-    {"DDB", kNumeric, R::CompactDate, 2},   // card revision date
-    {"DDC", kNumeric, R::CompactDate, 2},   // hazmat endorsement expiry
-    {"DDD", kAlphanumeric, R::Indicator, 2},// limited duration document
-    {"DDE", kAlpha, R::Verbatim, 4},        // family name truncation
-    {"DDF", kAlpha, R::Verbatim, 4},        // first name truncation
-    {"DDG", kAlpha, R::Verbatim, 4},        // middle name truncation
-    {"DDH", kNumeric, R::CompactDate, 2},   // under 18 until
-    {"DDI", kNumeric, R::CompactDate, 2},   // under 19 until
-    {"DDJ", kNumeric, R::CompactDate, 2},   // under 21 until
-    {"DDK", kNumeric, R::Integer, 2},       // organ donor
-    {"DDL", kNumeric, R::Integer, 2},       // veteran
+    {"DBA", kNumericOrPunct, R::Date, 2},     // expiry date
+    {"DBB", kNumericOrPunct, R::Date, 2},     // date of birth
+    {"DBC", kAlphanumeric, R::Gender, 2},     // sex
+    {"DBD", kNumericOrPunct, R::Date, 2},     // issue date
+    {"DBG", kText, R::Verbatim, 2},           // alias first name
+    {"DBN", kText, R::Verbatim, 2},           // alias family name
+    {"DBS", kText, R::Verbatim, 2},           // alias suffix
+    {"DCA", kText, R::String, 2},             // jurisdiction vehicle class
+    {"DCB", kText, R::String, 2},             // jurisdiction restrictions
+    {"DCD", kText, R::String, 2},             // jurisdiction endorsements
+    {"DCE", kNumeric, R::Integer, 2},         // weight range
+    {"DCF", kText, R::String, 2},             // document discriminator
+    {"DCG", kAlpha, R::Verbatim, 2},          // country
+    {"DCH", kAlphanumeric, R::Verbatim, 2},   // federal commercial vehicle codes
+    {"DCI", kAlpha, R::Latin1, 2},            // place of birth
+    {"DCJ", kText, R::Verbatim, 2},           // audit information
+    {"DCK", kText, R::String, 2},             // inventory control number
+    {"DCL", kAlphaOrPunct, R::Verbatim, 2},   // race or ethnicity
+    {"DCM", kAlphanumeric, R::Verbatim, 2},   // standard vehicle class
+    {"DCN", kAlphanumeric, R::Verbatim, 2},   // standard endorsement codes
+    {"DCO", kAlphanumeric, R::Verbatim, 2},   // standard restriction codes
+    {"DCP", kText, R::Verbatim, 2},           // vehicle class description
+    {"DCQ", kText, R::Verbatim, 2},           // endorsement description
+    {"DCR", kText, R::Verbatim, 2},           // restriction description
+    {"DCS", kText, R::TrimmedLatin1, 2},      // family name
+    {"DCT", kText, R::TrimmedLatin1, 2},      // given names
+    {"DCU", kText, R::Verbatim, 2},           // name suffix
+    {"DDA", kAlpha, R::Verbatim, 2},          // compliance type
+    {"DDB", kNumeric, R::CompactDate, 2},     // card revision date
+    {"DDC", kNumeric, R::CompactDate, 2},     // hazmat endorsement expiry
+    {"DDD", kAlphanumeric, R::Indicator, 2},  // limited duration document
+    {"DDE", kAlpha, R::Verbatim, 4},          // family name truncation
+    {"DDF", kAlpha, R::Verbatim, 4},          // first name truncation
+    {"DDG", kAlpha, R::Verbatim, 4},          // middle name truncation
+    {"DDH", kNumeric, R::CompactDate, 2},     // under 18 until
+    {"DDI", kNumeric, R::CompactDate, 2},     // under 19 until
+    {"DDJ", kNumeric, R::CompactDate, 2},     // under 21 until
+    {"DDK", kNumeric, R::Integer, 2},         // organ donor
+    {"DDL", kNumeric, R::Integer, 2},         // veteran
 };
 
 // Elements of the pre-standard layout and AAMVA version 1.
 constexpr Row kVersion1Rows[] = {
-    {"DAA", kText, R::String, 0},  // full name
-    {"DAB", kText, R::String, 0},  // last name
-    {"DAC", kText, R::String, 0},  // first name
-    {"DAD", kText, R::String, 0},  // middle name
-    {"DAE", kText, R::String, 0},  // suffix
-    {"DAF", kText, R::String, 0},  // prefix
-    {"DAG", kText, R::String, 0},  // mailing street address 1
-    {"DAH", kText, R::String, 0},  // mailing street address 2
-    {"DAI", kText, R::String, 0},  // mailing city
-    {"DAJ", kText, R::String, 0},  // mailing jurisdiction
-    {"DAK", kText, R::PostalCode, 0},  // mailing postal code
-    {"DAL", kText, R::String, 0},  // residence street address 1
-    {"DAM", kText, R::String, 0},  // residence street address 2
-    {"DAN", kText, R::String, 0},  // residence city
-    {"DAO", kText, R::String, 0},  // residence jurisdiction
-    {"DAP", kText, R::PostalCode, 0},  // residence postal code
-    {"DAQ", kText, R::String, 0},  // licence number
-    {"DAR", kText, R::String, 0},  // class
-    {"DAS", kText, R::String, 0},  // restrictions
-    {"DAT", kText, R::String, 0},  // endorsements
+    {"DAA", kText, R::String, 0},                       // full name
+    {"DAB", kText, R::String, 0},                       // last name
+    {"DAC", kText, R::String, 0},                       // first name
+    {"DAD", kText, R::String, 0},                       // middle name
+    {"DAE", kText, R::String, 0},                       // suffix
+    {"DAF", kText, R::String, 0},                       // prefix
+    {"DAG", kText, R::String, 0},                       // mailing street address 1
+    {"DAH", kText, R::String, 0},                       // mailing street address 2
+    {"DAI", kText, R::String, 0},                       // mailing city
+    {"DAJ", kText, R::String, 0},                       // mailing jurisdiction
+    {"DAK", kText, R::PostalCode, 0},                   // mailing postal code
+    {"DAL", kText, R::String, 0},                       // residence street address 1
+    {"DAM", kText, R::String, 0},                       // residence street address 2
+    {"DAN", kText, R::String, 0},                       // residence city
+    {"DAO", kText, R::String, 0},                       // residence jurisdiction
+    {"DAP", kText, R::PostalCode, 0},                   // residence postal code
+    {"DAQ", kText, R::String, 0},                       // licence number
+    {"DAR", kText, R::String, 0},                       // class
+    {"DAS", kText, R::String, 0},                       // restrictions
+    {"DAT", kText, R::String, 0},                       // endorsements
     {"DAU", kNumericOrPunct, R::HeightDigits, 0},       // height in feet and inches
     {"DAV", kNumericOrPunct, R::HeightCentimetres, 0},  // height in centimetres
-    {"DAW", kNumeric, R::Integer, 0},        // weight in pounds
-    {"DAX", kNumericOrPunct, R::Integer, 0}, // weight in kilograms
+    {"DAW", kNumeric, R::Integer, 0},                   // weight in pounds
+    {"DAX", kNumericOrPunct, R::Integer, 0},            // weight in kilograms
     {"DAY", kText, R::EyeColour, 0},
     {"DAZ", kText, R::HairColour, 0},
     {"DBA", kNumericOrPunct, R::Date, 0},  // expiry

@@ -40,8 +40,9 @@ DesignatorOutcome readDesignator(ParserStringRef& rest, std::size_t lengthDigits
         if (run >= 5 && run < lengthDigits + 5) {
             digits = run - 4;
         } else {
-            message = "could not parse subfile designator offset and/or length must be numeric: \"" +
-                      type + "\", subfile content: \"" + rest.first(lengthDigits + 4).str() + "\"";
+            message =
+                "could not parse subfile designator offset and/or length must be numeric: \"" +
+                type + "\", subfile content: \"" + rest.first(lengthDigits + 4).str() + "\"";
             return DesignatorOutcome::Failed;
         }
     }
@@ -183,8 +184,8 @@ bool DLIDFormat::readDirectory(ParserStringRef code, std::size_t headerSize,
     return true;
 }
 
-bool DLIDFormat::locateBySearch(ParserStringRef code, std::size_t headerSize,
-                                std::string_view tag, ParserResult& result) {
+bool DLIDFormat::locateBySearch(ParserStringRef code, std::size_t headerSize, std::string_view tag,
+                                ParserResult& result) {
     const std::size_t length = code.size();
     const std::size_t from = headerSize + 10;
     DLIDSubfile jurisdiction{std::string(tag), length == 0 ? 0 : length - 1, 0};
@@ -231,8 +232,7 @@ bool DLIDAlbertaVersion3Format::parseSubfileDesignators(ParserStringRef code,
     const char* found = code.find_substring("DL", 2);
     // Without a "DL" the entry points past the end, and the subfile reader
     // refuses it.
-    const std::size_t offset =
-        found == code.end() ? code.size() + 1 : code.offsetOf(found) + 2;
+    const std::size_t offset = found == code.end() ? code.size() + 1 : code.offsetOf(found) + 2;
     const std::size_t size = found == code.end() ? code.size() + 1 : code.size() - offset;
     state().subfiles.push_back({"DL", offset, size});
     return true;

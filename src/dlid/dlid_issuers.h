@@ -48,9 +48,9 @@ inline constexpr std::string_view kIinPennsylvania = "636025";
 // The twelve Canadian issuers (Alberta with two codes): they write dates year
 // first whatever the version.
 inline constexpr std::array<std::string_view, 13> kCanadianIins = {
-    kIinAlberta,    kIinAlbertaOld, kIinBritishColumbia,    kIinManitoba, kIinNewBrunswick,
-    kIinNewfoundland, kIinNovaScotia, kIinNunavut,          kIinOntario,  kIinPrinceEdwardIsland,
-    kIinQuebec,     kIinSaskatchewan, kIinYukon,
+    kIinAlberta,      kIinAlbertaOld,   kIinBritishColumbia, kIinManitoba, kIinNewBrunswick,
+    kIinNewfoundland, kIinNovaScotia,   kIinNunavut,         kIinOntario,  kIinPrinceEdwardIsland,
+    kIinQuebec,       kIinSaskatchewan, kIinYukon,
 };
 
 inline bool isAlbertaVersion3(std::string_view iin, int version) {
@@ -59,16 +59,36 @@ inline bool isAlbertaVersion3(std::string_view iin, int version) {
 inline bool isAlberta(std::string_view iin) {
     return iin == kIinAlberta || iin == kIinAlbertaOld;
 }
-inline bool isQuebec(std::string_view iin) { return iin == kIinQuebec; }
-inline bool isWestVirginia(std::string_view iin) { return iin == kIinWestVirginia; }
-inline bool isWyoming(std::string_view iin) { return iin == kIinWyoming; }
-inline bool isIllinois(std::string_view iin) { return iin == kIinIllinois; }
-inline bool isSouthCarolina(std::string_view iin) { return iin == kIinSouthCarolina; }
-inline bool isVirginia(std::string_view iin) { return iin == kIinVirginia; }
-inline bool isArizona(std::string_view iin) { return iin == kIinArizona; }
-inline bool isBermuda(std::string_view iin) { return iin == kIinBermuda; }
-inline bool isColorado(std::string_view iin) { return iin == kIinColorado; }
-inline bool isPennsylvania(std::string_view iin) { return iin == kIinPennsylvania; }
+inline bool isQuebec(std::string_view iin) {
+    return iin == kIinQuebec;
+}
+inline bool isWestVirginia(std::string_view iin) {
+    return iin == kIinWestVirginia;
+}
+inline bool isWyoming(std::string_view iin) {
+    return iin == kIinWyoming;
+}
+inline bool isIllinois(std::string_view iin) {
+    return iin == kIinIllinois;
+}
+inline bool isSouthCarolina(std::string_view iin) {
+    return iin == kIinSouthCarolina;
+}
+inline bool isVirginia(std::string_view iin) {
+    return iin == kIinVirginia;
+}
+inline bool isArizona(std::string_view iin) {
+    return iin == kIinArizona;
+}
+inline bool isBermuda(std::string_view iin) {
+    return iin == kIinBermuda;
+}
+inline bool isColorado(std::string_view iin) {
+    return iin == kIinColorado;
+}
+inline bool isPennsylvania(std::string_view iin) {
+    return iin == kIinPennsylvania;
+}
 bool isCanadian(std::string_view iin);
 
 }  // namespace parser::dlid

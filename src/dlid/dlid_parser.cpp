@@ -106,8 +106,7 @@ bool readIin(ParserStringRef& view, DLIDParserState& state, ParserResult& result
         return false;
     }
     if (view.first(6) == dlid::kIinBermuda) {
-        result.setError(
-            "Parsing Bermuda driver licenses with IIN = \"168100\" are not supported");
+        result.setError("Parsing Bermuda driver licenses with IIN = \"168100\" are not supported");
         return false;
     }
     // Some issuers drop the leading 6 of the IIN.
@@ -139,8 +138,7 @@ bool readNumberOfEntries(ParserStringRef& view, DLIDParserState& state, ParserRe
     return true;
 }
 
-bool readPreStandardEntries(ParserStringRef& view, DLIDParserState& state,
-                            ParserResult& result) {
+bool readPreStandardEntries(ParserStringRef& view, DLIDParserState& state, ParserResult& result) {
     std::size_t digits = 0;
     while (digits < view.size() && isAsciiDigit(view[digits])) ++digits;
     const auto entries = readDigits(view.first(digits));
@@ -313,8 +311,7 @@ void DLIDParser::parseBarcode(ParserStringRef code, ParserResult& result) const 
     DLIDParserState state;
     // One field per line at most, and the header and the unified field: room
     // made once spares the field list its doublings.
-    result.fields.reserve(static_cast<std::size_t>(std::count(code.begin(), code.end(), '\n')) +
-                          4);
+    result.fields.reserve(static_cast<std::size_t>(std::count(code.begin(), code.end(), '\n')) + 4);
     ParserStringRef header = code;
     if (!readHeader(header, state, result)) return;
     const std::size_t headerSize = code.size() - header.size();

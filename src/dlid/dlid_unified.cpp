@@ -19,8 +19,8 @@ using nlohmann::json;
 using Names = std::vector<std::string>;
 
 constexpr std::array<std::string_view, 20> kSuffixes = {
-    "JR", "SR", "1ST", "2ND", "3RD", "4TH", "5TH", "6TH", "7TH", "8TH",
-    "9TH", "I", "II", "III", "IV", "V", "VI", "VII", "VIII", "IX",
+    "JR",  "SR", "1ST", "2ND", "3RD", "4TH", "5TH", "6TH", "7TH",  "8TH",
+    "9TH", "I",  "II",  "III", "IV",  "V",   "VI",  "VII", "VIII", "IX",
 };
 
 bool isSuffix(const std::string& name) {
@@ -35,10 +35,12 @@ bool isSuffix(const std::string& name) {
 }
 
 // The fields a unified member is built from.
+// clang-format off
 enum Id : std::uint8_t {
     DAA, DAB, DAC, DAD, DAG, DAH, DAI, DAJ, DAK, DAL, DAM, DAN, DAO, DAP,
     DAU, DAV, DAW, DAX, DBA, DBB, DBC, DBD, DCE, DCS, DCT, kIdCount
 };
+// clang-format on
 constexpr std::array<std::string_view, kIdCount> kIdNames = {
     "DAA", "DAB", "DAC", "DAD", "DAG", "DAH", "DAI", "DAJ", "DAK", "DAL", "DAM", "DAN", "DAO",
     "DAP", "DAU", "DAV", "DAW", "DAX", "DBA", "DBB", "DBC", "DBD", "DCE", "DCS", "DCT",
@@ -167,7 +169,8 @@ void namesInParts(const FieldReader& fields, const std::string& fullName, NamePa
 void namesInOneElement(const std::string& fullName, NameParts& parts) {
     const char separator = fullName.find('@') != std::string::npos ? '@' : ' ';
     Names pieces;
-    for (const auto piece : splitBySubstring(ParserStringRef(fullName), std::string_view(&separator, 1))) {
+    for (const auto piece :
+         splitBySubstring(ParserStringRef(fullName), std::string_view(&separator, 1))) {
         if (!piece.empty()) pieces.push_back(piece.str());
     }
     if (pieces.empty()) return;
@@ -259,8 +262,7 @@ Date dateOf(const json& value, ParserResult* report) {
             }
         } else if (!member->is_number_integer()) {
             if (report != nullptr) {
-                report->setError("Key \"" + std::string(kKeys[i]) +
-                                 "\" is not an integer number");
+                report->setError("Key \"" + std::string(kKeys[i]) + "\" is not an integer number");
             }
         } else {
             parts[i] = member->get<int>();
@@ -292,8 +294,8 @@ void parseDates(const FieldReader& fields, json& unified, const Date& today,
             expiry = dateToJson(dateOf(issue, nullptr).addYears(5));
         }
     }
-    const bool neverExpires = neverExpiresCandidate && documentType == "ID" &&
-                              !birth.is_null() && birthDate.addYears(65) < today;
+    const bool neverExpires = neverExpiresCandidate && documentType == "ID" && !birth.is_null() &&
+                              birthDate.addYears(65) < today;
     json isExpired = nullptr;
     if (!expiry.is_null()) {
         isExpired = dateOf(expiry, &fields.result()) < today;
@@ -337,8 +339,8 @@ void parseFullAddress(const FieldReader& fields, json& unified, int version) {
         }
         const json& residencePostal = fields.value(DAP);
         if (!residencePostal.is_null()) {
-            const json five = residencePostal.is_object() ? residencePostal.value("5digit", json())
-                                                          : json();
+            const json five =
+                residencePostal.is_object() ? residencePostal.value("5digit", json()) : json();
             if (five.is_string()) {
                 address += ", " + five.get<std::string>();
             } else {
@@ -363,7 +365,7 @@ void parseHeight(const FieldReader& fields, json& unified) {
 }
 
 int weightBin(long pounds) {
-    static constexpr std::array<long, 10> kUpperBounds = {1, 71, 101, 131, 161,
+    static constexpr std::array<long, 10> kUpperBounds = {1,   71,  101, 131, 161,
                                                           191, 221, 251, 281, 321};
     for (std::size_t bin = 0; bin < kUpperBounds.size(); ++bin) {
         if (pounds < kUpperBounds[bin]) return static_cast<int>(bin) - 1;
@@ -380,8 +382,8 @@ void parseWeightRange(const FieldReader& fields, json& unified) {
         range = weightBin(pounds.get<long>());
     }
     if (const json& kilograms = fields.value(DAX); kilograms.is_number_integer()) {
-        range = weightBin(static_cast<long>(
-            std::roundf(static_cast<float>(kilograms.get<long>()) * 2.20462F)));
+        range = weightBin(
+            static_cast<long>(std::roundf(static_cast<float>(kilograms.get<long>()) * 2.20462F)));
     }
     unified["weightRange"] = range;
 }
