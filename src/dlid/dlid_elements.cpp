@@ -250,14 +250,14 @@ void readCompactDate(ParserStringRef id, ParserStringRef value, ParserResult& re
     json parsed = nullptr;
     if (digits.size() == 8 && allDigits(digits)) {
         // Illinois prints eight nines on ID cards that never expire.
-        if (id == "DBA" && digits == "99999999" && isIllinois(state.iin)) {
+        if (digits == "99999999" && id == "DBA" && isIllinois(state.iin)) {
             state.neverExpiresCandidate = true;
             result.addField(id.str(), value.str(), nullptr);
             return;
         }
         const Date yearFirst{fourDigits(digits, 0), twoDigits(digits, 4), twoDigits(digits, 6)};
         const Date monthFirst{fourDigits(digits, 4), twoDigits(digits, 0), twoDigits(digits, 2)};
-        const bool preferYearFirst = datesAreYearFirst(state.aamvaVersion, state.iin);
+        const bool preferYearFirst = state.datesYearFirst;
         Date date = preferYearFirst ? yearFirst : monthFirst;
         // Issuers do not all keep to the order of their version.
         if (!date.isValid()) date = preferYearFirst ? monthFirst : yearFirst;

@@ -86,8 +86,13 @@ const std::array<IssuerRow, kIssuerCount> kIssuerTable = {{
 }};
 
 std::string_view issuerForIin(std::string_view iin) {
+    // Most IINs share their first digits: the last byte tells rows apart
+    // before the whole key is compared.
     for (const IssuerRow& row : kIssuerTable) {
-        if (row.iin == iin) return row.abbreviation;
+        if (row.iin.size() == iin.size() && !iin.empty() && row.iin.back() == iin.back() &&
+            row.iin == iin) {
+            return row.abbreviation;
+        }
     }
     return iin;
 }

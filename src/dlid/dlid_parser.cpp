@@ -317,6 +317,7 @@ void DLIDParser::parseBarcode(ParserStringRef code, ParserResult& result) const 
     const std::size_t headerSize = code.size() - header.size();
     if (!DLIDFormat::choose(state)->parseSubfileDesignators(code, headerSize, result)) return;
     state.elementTable = &dlid::elementTableFor(state.aamvaVersion, state.iin);
+    state.datesYearFirst = dlid::datesAreYearFirst(state.aamvaVersion, state.iin);
     for (const DLIDSubfile& subfile : state.subfiles) {
         if (!parseSubfile(subfile, code, result, state)) return;
     }

@@ -73,6 +73,8 @@ struct DLIDParserState {
     std::vector<DLIDSubfile> subfiles;
     std::string documentType = "unknown";
     bool neverExpiresCandidate = false;
+    // Decided once from the header, for every date element.
+    bool datesYearFirst = false;
 };
 
 }  // namespace parser
