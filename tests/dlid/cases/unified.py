@@ -65,5 +65,17 @@ cases = [
     uc('weight of 71 pounds', ['DAW71'], dict(weightRange=1)),
     uc('weight of 321 pounds', ['DAW321'], dict(weightRange=9)),
     uc('weight of zero', ['DAW0'], dict(weightRange=-1)),
+    # Whole documents of the versions not met elsewhere
+    case('version 6 Kansas licence', barcode([('DL', ['DAQK00-00-0001', 'DCSDOE', 'DACJANE', 'DADANN', 'DBD02012014', 'DBB02011990', 'DBA02012020',
+                                                       'DBC2', 'DAYBLU', 'DAU064 in', 'DAG1 ELM ST', 'DAITOPEKA', 'DAJKS', 'DAK666030000',
+                                                       'DCGUSA', 'DDEN', 'DDFN', 'DDGN', 'DCE3'])], iin='636022', version=6), options=TODAY,
+         fieldsInclude=[u(**names(['JANE', 'ANN'], ['DOE'], 'JANE', 'JANE ANN DOE'), dateOfBirth=date(1990, 2, 1), expirationDate=date(2020, 2, 1),
+                          isExpired=True, gender='female', fullAddress='1 ELM ST, TOPEKA, KS, 66603', height={'cm': 163, 'inch': 64}, weightRange=3)]),
+    case('version 7 New York ID card', barcode([('ID', ['DAQ123456789', 'DCSROE', 'DACRICHARD', 'DADNONE', 'DBD08312013', 'DBB08311960',
+                                                        'DBA08312028', 'DBC1', 'DAU070 in', 'DAG2 OAK AVE', 'DAIALBANY', 'DAJNY',
+                                                        'DAK122070000', 'DDEN', 'DDFN', 'DDGN']), ('ZN', ['ZNAX'])], iin='636001', version=7), options=TODAY,
+         fieldsInclude=[f('header', {'AAMVAVersion': 7, 'IIN': '636001', 'issuer': 'NY', 'jurisdictionVersion': 1}),
+                        u(**names(['RICHARD'], ['ROE'], 'RICHARD', 'RICHARD ROE'), dateOfBirth=date(1960, 8, 31), expirationDate=date(2028, 8, 31),
+                          isExpired=False, gender='male', fullAddress='2 OAK AVE, ALBANY, NY, 12207', height={'cm': 178, 'inch': 70}, documentType='ID')]),
 ]
 write('unified.json', cases)
