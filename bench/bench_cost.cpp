@@ -169,6 +169,7 @@ void registerInput(const char* name, ParserDataFormat format, const std::string&
 }
 
 const bool kRegistered = [] {
+    registerSample("dlid", ParserDataFormat::Dlid);
     registerSample("gs1ai", ParserDataFormat::Gs1Ai);
     registerSample("gs1_digital_link", ParserDataFormat::Gs1DigitalLink);
     registerSample("hibc", ParserDataFormat::Hibc);
@@ -177,6 +178,9 @@ const bool kRegistered = [] {
     registerSample("swissqr", ParserDataFormat::SwissQr);
     registerSample("us_usid", ParserDataFormat::UsUsid);
     registerSample("vin", ParserDataFormat::Vin);
+    registerInput("dlid_v8", ParserDataFormat::Dlid, qvx_bench::kDlidVersion8);
+    registerInput("dlid_v1", ParserDataFormat::Dlid, qvx_bench::kDlidVersion1);
+    registerInput("dlid_stripe", ParserDataFormat::Dlid, qvx_bench::kDlidStripe);
     registerInput("gs1_retail", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Retail);
     registerInput("gs1_logistics", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Logistics);
     registerInput("digital_link_canonical", ParserDataFormat::Gs1DigitalLink,

@@ -82,6 +82,62 @@ inline const std::string kUsidDependent =
 inline const std::string kUsidSponsor =
     "IDUS28C7Q1" + kUsidPersonalPart + "II O+ " + std::string(2048, '\x5A');
 
+// Driver licences: a version 8 barcode of 333 bytes (main and jurisdiction
+// subfile), a version 1 barcode with the name in one element, and a stripe.
+inline const std::string kDlidVersion8 =
+    "@\n"
+    "\x1e\r"
+    "ANSI 636015080102DL00410254ZT02950038DLDCAD\n"
+    "DCBNONE\n"
+    "DCDNONE\n"
+    "DBA03142028\n"
+    "DCSSMITH\n"
+    "DACJOHN\n"
+    "DADPAUL\n"
+    "DBD01152020\n"
+    "DBB03141985\n"
+    "DBC1\n"
+    "DAYBRO\n"
+    "DAU070 in\n"
+    "DAG123 MAIN ST\n"
+    "DAIAUSTIN\n"
+    "DAJTX\n"
+    "DAK787010000\n"
+    "DAQ12345678\n"
+    "DCFA1B2C3D4E5F6\n"
+    "DCGUSA\n"
+    "DDEN\n"
+    "DDFN\n"
+    "DDGN\n"
+    "DAW180\n"
+    "DAZBRO\n"
+    "DCK12345678901234\n"
+    "DDAF\n"
+    "DDB04162010\n"
+    "DDD0\r"
+    "ZTZTAXXXXXXXXXXXXXXXXXXXXXXXXXXX\n"
+    "ZTBN\r";
+inline const std::string kDlidVersion1 =
+    "@\n"
+    "\x1e\r"
+    "ANSI 6360150101DL00290139DLDAQ12345678\n"
+    "DAASMITH,JOHN,P\n"
+    "DAG123 MAIN ST\n"
+    "DAIAUSTIN\n"
+    "DAJTX\n"
+    "DAK78701\n"
+    "DBA20280314\n"
+    "DBB19850314\n"
+    "DBCM\n"
+    "DBD20200115\n"
+    "DAU510\n"
+    "DAW180\n"
+    "DAYBRO\n"
+    "DAZBRN\r";
+inline const std::string kDlidStripe =
+    "%TXAUSTIN^DOE$JOHN$PAUL^123 MAIN ST^?;6360151234567=290319850314?%8178701      C "
+    "              1510080BROBLU0123456789SPECTACLES            00001?";
+
 // VINs: a clean one, and a label scan (caption, blank, number).
 inline const std::string kVinClean = "1HGCM82633A004352";
 inline const std::string kVinLabel = "VIN 1HGCM82633A004352";

@@ -1,6 +1,7 @@
 #include "qvx/parser.h"
 
 #include "bcbp/bcbp_parser.h"
+#include "dlid/dlid_parser.h"
 #include "gs1/gs1_ai_parser.h"
 #include "gs1/gs1_digital_link_parser.h"
 #include "hibc/hibc_parser.h"
@@ -29,12 +30,12 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::SwissQRParser>();
         case ParserDataFormat::Gs1Ai:
             return std::make_unique<parser::Gs1AiParser>();
+        case ParserDataFormat::Dlid:
+            return std::make_unique<parser::DLIDParser>();
         case ParserDataFormat::Mrtd:
             return std::make_unique<parser::MrtdParser>();
         case ParserDataFormat::Gs1DigitalLink:
             return std::make_unique<parser::Gs1DigitalLinkParser>();
-        case ParserDataFormat::Dlid:
-            return nullptr;
     }
     return nullptr;
 }
