@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "detected_request.h"
 #include "human_output.h"
 #include "qvx/qvx.h"
 #include "request.h"
@@ -54,7 +55,15 @@ Modes:
                    "not built yet".
 
 Options:
-  --format NAME    The format to expect (see --list-formats).
+  --format NAME    The format to expect (see --list-formats), or "auto": the
+                   formats whose structure the input shows are tried in rank
+                   order and the first that parses is taken (when none does,
+                   the top one's failure is reported). The chosen format is
+                   printed first, or as "format" in the JSON line. Options go
+                   to every candidate; one that refuses them is passed over.
+  --show-candidates
+                   Also print the detected formats, ranked, with the reason
+                   of each ("candidates" in the JSON line).
   --options JSON   Parser options, the text of a JSON object handed to the
                    parser as it is, e.g. '{"strictMode":true}'.
   --input FILE     Read the input from FILE ("-" for standard input).
@@ -74,6 +83,10 @@ Batch input: one JSON object per line (a trailing "\r" is ignored).
   "showOptions"     true: add "options", the parser's options (snake_case)
   "showEvents"      true: add "events", the usage events of the parse
   "showJsonString"  true: add "jsonString", the stored JSON text of a result
+  "showCandidates"  true: add "candidates", the detected formats, ranked, as
+                    {"format", "reason"}; with "format": "auto" the output
+                    always has "format", the chosen name (null when no format
+                    was recognised)
 Batch output: one compact JSON object per line, always with "ok".
   success           "ok": true, "fields", "warnings"
   parse failure     "ok": false, "error": {"message", "code", "additionalInfo"}
@@ -89,6 +102,7 @@ struct Args {
     bool listFormats = false;
     bool help = false;
     bool version = false;
+    bool showCandidates = false;
     std::optional<std::string> format;
     std::optional<std::string> options;
     std::optional<std::string> input;
@@ -151,6 +165,9 @@ std::optional<std::string> parseArgs(int argc, char** argv, Args& args) {
             args.json = true;
         } else if (arg == "--escapes") {
             args.escapes = true;
+            ++args.otherArguments;
+        } else if (arg == "--show-candidates") {
+            args.showCandidates = true;
             ++args.otherArguments;
         } else if (arg == "--list-formats") {
             args.listFormats = true;
@@ -269,15 +286,19 @@ int runSingle(const Args& args) {
     }
 
     Request request;
+    request.autoFormat = *args.format == qvx_cli::kAutoFormat;
+    request.showCandidates = args.showCandidates;
     auto format = parser::dataFormatFromName(*args.format);
-    if (!format) return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
-    if (!qvx::Parser::isFormatAvailable(*format)) {
+    if (!format && !request.autoFormat) {
+        return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
+    }
+    if (format && !qvx::Parser::isFormatAvailable(*format)) {
         // Checked before reading any input; the library words the reason.
         auto created = qvx::Parser::create(nullptr, *format);
         return runtimeError(created ? "the format '" + *args.format + "' is not available"
                                     : created.error());
     }
-    request.format = *format;
+    if (format) request.format = *format;
     request.optionsText = args.options;
 
     if (!args.json && !args.positionals.empty()) {
@@ -308,6 +329,7 @@ int runSingle(const Args& args) {
         return response.parse->ok() ? kExitOk : kExitParseFailed;
     }
 
+    qvx_cli::printDetection(std::cout, response, args.showCandidates);
     if (response.optionsError) return runtimeError(*response.optionsError);
     if (!response.parse->ok()) {
         qvx_cli::printIssue(std::cerr, *response.parse->error());

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base64.h"
+#include "detected_request.h"
 #include "qvx/json_text.h"
 
 namespace qvx_cli {
@@ -43,8 +44,11 @@ RequestResult requestFromLine(json& line) {
     if (!format->is_string()) return RequestResult::failure("\"format\" must be a string");
     const auto& name = format->get_ref<const std::string&>();
     auto value = parser::dataFormatFromName(name);
-    if (!value) return RequestResult::failure("unknown format \"" + name + "\"");
-    request.format = *value;
+    request.autoFormat = name == kAutoFormat;
+    if (!value && !request.autoFormat) {
+        return RequestResult::failure("unknown format \"" + name + "\"");
+    }
+    if (value) request.format = *value;
 
     auto data = line.find("data");
     auto data64 = line.find("dataBase64");
@@ -83,6 +87,7 @@ RequestResult requestFromLine(json& line) {
     request.showOptions = readFlag(line, "showOptions", error);
     request.showEvents = readFlag(line, "showEvents", error);
     request.showJsonString = readFlag(line, "showJsonString", error);
+    request.showCandidates = readFlag(line, "showCandidates", error);
     if (!error.empty()) return RequestResult::failure(error);
     return RequestResult::success(std::move(request));
 }
@@ -122,6 +127,7 @@ Response respond(const Request& request, const PreparedParser& prepared) {
     response.optionsError = prepared.optionsError;
     if (request.showOptions) response.options = prepared.parser->optionsToJSON();
     if (!response.optionsError) response.parse = prepared.parser->parse(request.data);
+    if (request.showCandidates) response.candidates = qvx::detectFormats(request.data);
     return response;
 }
 
@@ -130,6 +136,24 @@ Response respond(const Request& request, const PreparedParser& prepared) {
 bar::result<Response, std::string> runRequest(const Request& request) {
     using Result = bar::result<Response, std::string>;
     auto sink = std::make_shared<RecordingSink>();
+    if (request.autoFormat) {
+        // One parser per candidate, all reporting to the one sink.
+        auto context = std::make_shared<qvx::core::Context>(sink);
+        std::map<ParserDataFormat, PreparedParser> made;
+        Response response = respondDetected(request, [&](ParserDataFormat format) {
+            auto found = made.find(format);
+            if (found == made.end()) {
+                Request single = request;
+                single.format = format;
+                auto prepared = prepareParser(single, context);
+                if (!prepared) return static_cast<const PreparedParser*>(nullptr);
+                found = made.emplace(format, std::move(prepared).value()).first;
+            }
+            return static_cast<const PreparedParser*>(&found->second);
+        });
+        response.events = std::move(sink->events);
+        return Result::success(std::move(response));
+    }
     auto prepared = prepareParser(request, std::make_shared<qvx::core::Context>(sink));
     if (!prepared) return Result::failure(prepared.error());
     Response response = respond(request, prepared.value());
@@ -159,6 +183,10 @@ void appendResponseText(std::string& out, const Request& request, const Response
         out += name;
         out += "\":";
     };
+    if (request.showCandidates) {
+        key("candidates");
+        appendCandidatesText(out, response.candidates);
+    }
     if (parsed && !ok) {
         key("error");
         parser::appendJsonText(out, issueToJson(*response.parse->error()), -1);
@@ -170,6 +198,10 @@ void appendResponseText(std::string& out, const Request& request, const Response
     if (data != nullptr) {
         key("fields");
         parser::appendFieldsJsonText(out, data->fields(), -1);
+    }
+    if (request.autoFormat) {
+        key("format");
+        appendChosenFormatText(out, response.chosenFormat);
     }
     if (id != nullptr) {
         key("id");
@@ -206,7 +238,22 @@ void appendResponseText(std::string& out, const Request& request, const Response
 bar::result<Response, std::string> BatchRunner::run(const Request& request) {
     using Result = bar::result<Response, std::string>;
     if (request.showEvents) return runRequest(request);
+    if (request.autoFormat) {
+        return Result::success(respondDetected(request, [&](ParserDataFormat format) {
+            Request single = request;
+            single.format = format;
+            auto kept = keptParser(single);
+            return kept ? kept.value() : nullptr;
+        }));
+    }
 
+    auto kept = keptParser(request);
+    if (!kept) return Result::failure(kept.error());
+    return Result::success(respond(request, *kept.value()));
+}
+
+bar::result<const PreparedParser*, std::string> BatchRunner::keptParser(const Request& request) {
+    using Result = bar::result<const PreparedParser*, std::string>;
     Key key(request.format, request.optionsText);
     auto kept = parsers_.find(key);
     if (kept == parsers_.end()) {
@@ -215,7 +262,7 @@ bar::result<Response, std::string> BatchRunner::run(const Request& request) {
         if (parsers_.size() >= kMaxKeptParsers) parsers_.clear();
         kept = parsers_.emplace(std::move(key), std::move(prepared).value()).first;
     }
-    return Result::success(respond(request, kept->second));
+    return Result::success(&kept->second);
 }
 
 void BatchRunner::handleLine(std::string_view line, std::string& out) {
