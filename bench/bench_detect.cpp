@@ -33,7 +33,8 @@ std::vector<Sample> loadSamples() {
         auto format = parser::dataFormatFromName(file.substr(0, file.find('.')));
         if (!format) continue;
         std::ifstream in(entry.path(), std::ios::binary);
-        samples.push_back({entry.path().stem().string(), *format,
+        samples.push_back({entry.path().stem().string(),
+                           *format,
                            {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()}});
     }
     std::sort(samples.begin(), samples.end(),

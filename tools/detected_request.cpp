@@ -10,8 +10,8 @@ namespace qvx_cli {
 Response respondDetected(const Request& request, const PreparedFor& preparedFor) {
     std::optional<ParserDataFormat> refusedFormat;
     std::optional<std::string> refusal;
-    auto detected =
-        qvx::parseDetected(request.data, [&](ParserDataFormat format) -> std::shared_ptr<qvx::Parser> {
+    auto detected = qvx::parseDetected(
+        request.data, [&](ParserDataFormat format) -> std::shared_ptr<qvx::Parser> {
             const PreparedParser* prepared = preparedFor(format);
             if (prepared == nullptr) return nullptr;
             if (prepared->optionsError) {
@@ -61,7 +61,8 @@ void appendChosenFormatText(std::string& out, const std::optional<ParserDataForm
 }
 
 void printDetection(std::ostream& out, const Response& response, bool showCandidates) {
-    if (response.chosenFormat) out << "format: " << parser::dataFormatName(*response.chosenFormat) << '\n';
+    if (response.chosenFormat)
+        out << "format: " << parser::dataFormatName(*response.chosenFormat) << '\n';
     if (!showCandidates) return;
     for (const auto& candidate : response.candidates) {
         out << "candidate: " << parser::dataFormatName(candidate.format) << ": " << candidate.reason

@@ -14,16 +14,25 @@ namespace {
 
 using Bytes = std::string_view;
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-constexpr bool isUpper(char c) noexcept { return c >= 'A' && c <= 'Z'; }
-constexpr bool isLower(char c) noexcept { return c >= 'a' && c <= 'z'; }
-constexpr bool isLetter(char c) noexcept { return isUpper(c) || isLower(c); }
-constexpr bool isHexDigit(char c) noexcept {
-    return isDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+constexpr bool isDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
 }
-constexpr char toUpper(char c) noexcept { return isLower(c) ? static_cast<char>(c - 32) : c; }
+constexpr bool isUpper(char c) noexcept {
+    return c >= 'A' && c <= 'Z';
+}
+constexpr bool isLower(char c) noexcept {
+    return c >= 'a' && c <= 'z';
+}
+constexpr bool isLetter(char c) noexcept {
+    return isUpper(c) || isLower(c);
+}
+constexpr char toUpper(char c) noexcept {
+    return isLower(c) ? static_cast<char>(c - 32) : c;
+}
 // White space as isspace in the "C" locale.
-constexpr bool isSpace(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool isSpace(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 constexpr char kGroupSeparator = '\x1d';
 
@@ -281,11 +290,19 @@ bool swissQrHeader(const Facts& facts) noexcept {
     return text.front() == '\r' || text.front() == '\n';
 }
 
-bool swissQrOpening(const Facts& facts) noexcept { return facts.text.substr(0, 3) == "SPC"; }
+bool swissQrOpening(const Facts& facts) noexcept {
+    return facts.text.substr(0, 3) == "SPC";
+}
 
-bool zoneTd3(const Facts& f) noexcept { return zoneIs(f.zone, 2, 44); }
-bool zoneTd1(const Facts& f) noexcept { return zoneIs(f.zone, 3, 30); }
-bool zoneTd2(const Facts& f) noexcept { return zoneIs(f.zone, 2, 36); }
+bool zoneTd3(const Facts& f) noexcept {
+    return zoneIs(f.zone, 2, 44);
+}
+bool zoneTd1(const Facts& f) noexcept {
+    return zoneIs(f.zone, 3, 30);
+}
+bool zoneTd2(const Facts& f) noexcept {
+    return zoneIs(f.zone, 2, 36);
+}
 bool zoneExitEntry(const Facts& f) noexcept {
     return zoneIs(f.zone, 1, 30) && (headIs(f.zone, 0, "CS") || headIs(f.zone, 0, "CD"));
 }
@@ -387,14 +404,16 @@ bool gs1WithSeparators(const Facts& facts) noexcept {
            leadingAi(gs1Body(facts.text)) != nullptr;
 }
 
-bool gs1Opening(const Facts& facts) noexcept { return leadingAi(gs1Body(facts.text)) != nullptr; }
+bool gs1Opening(const Facts& facts) noexcept {
+    return leadingAi(gs1Body(facts.text)) != nullptr;
+}
 
 bool digitalLink(const Facts& facts) noexcept {
     // Primary keys of the Digital Link path, as AI numbers and as names.
     constexpr std::array<Bytes, 30> kPrimaryKeys = {
-        "01",    "gtin", "8006", "itip", "8013", "gmn",  "8010", "cpid", "414",  "gln",
-        "417",   "party", "8017", "gsrnp", "8018", "gsrn", "255", "gcn",  "00",   "sscc",
-        "253",   "gdti", "401",  "ginc", "402",  "gsin", "8003", "grai", "8004", "giai"};
+        "01",  "gtin",  "8006", "itip",  "8013", "gmn",  "8010", "cpid", "414",  "gln",
+        "417", "party", "8017", "gsrnp", "8018", "gsrn", "255",  "gcn",  "00",   "sscc",
+        "253", "gdti",  "401",  "ginc",  "402",  "gsin", "8003", "grai", "8004", "giai"};
     Bytes text = facts.text;
     if (text.substr(0, 8) == "https://") {
         text.remove_prefix(8);
@@ -500,7 +519,9 @@ FormatCandidates detectFormats(std::string_view bytes) noexcept {
     return candidates;
 }
 
-const FormatSignature* formatSignaturesBegin() noexcept { return kSignatureList.data(); }
+const FormatSignature* formatSignaturesBegin() noexcept {
+    return kSignatureList.data();
+}
 const FormatSignature* formatSignaturesEnd() noexcept {
     return kSignatureList.data() + kSignatureList.size();
 }
