@@ -203,3 +203,62 @@ TEST(DlidFeatures, HeaderSearchAgreesWithThePattern) {
 
 }  // namespace
 
+
+namespace {
+
+json featuresOf(const std::string& code, const std::string& today) {
+    parser::DLIDParser dlid;
+    const std::string options =
+        R"({"enhanceDataForFeatureExtraction": true, "currentDate": ")" + today + "\"}";
+    EXPECT_TRUE(dlid.readOptionsFromJSONString(options)->ok);
+    auto result = dlid.parse(ParserStringRef(code));
+    if (result->error || result->fields.empty()) return json();
+    return result->fields.front().parsed;
+}
+
+// Today is the parser's date, so the same code gives the same features on
+// any day it is run.
+TEST(DlidFeatures, AgesCountToTheParsersDate) {
+    const std::string code =
+        "@\n\x1e\rANSI 636015080102DL00310030DLDAQ1\nDBB06022001\nDBA06012024\r";
+    struct Case {
+        const char* today;
+        const char* age;
+        const char* binned;
+        const char* expired;
+    };
+    const std::vector<Case> cases = {
+        {"20240601", "22", "20", "false"},  // the day before the birthday
+        {"20240602", "23", "25", "true"},
+        {"20010601", "-1", "0", "false"},  // born after today
+    };
+    for (const Case& c : cases) {
+        const json features = featuresOf(code, c.today);
+        ASSERT_TRUE(features.is_object()) << c.today;
+        EXPECT_EQ(features["*AGE"], c.age) << c.today;
+        EXPECT_EQ(features["*AGE_BINNED"], c.binned) << c.today;
+        EXPECT_EQ(features["*EXPIRED"], c.expired) << c.today;
+    }
+}
+
+// Issue after expiry counts backwards; a missing date gives 0 months.
+TEST(DlidFeatures, ValidMonths) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"DBD01152020\nDBA01142021", "11"},
+        {"DBD01152020\nDBA01152021", "12"},
+        {"DBD01152021\nDBA01152020", "-12"},
+        {"DBD01152020\nDBAsoon", "0"},
+    };
+    for (const auto& [dates, months] : cases) {
+        const std::string body = "DLDAQ1\n" + dates + "\r";
+        const std::string code = "@\n\x1e\rANSI 636015080102DL0031" +
+                                 std::string(4 - std::to_string(body.size()).size(), '0') +
+                                 std::to_string(body.size()) + body;
+        const json features = featuresOf(code, "20240601");
+        ASSERT_TRUE(features.is_object()) << dates;
+        EXPECT_EQ(features["*VALID_MONTHS"], months) << dates;
+        EXPECT_EQ(features["*MAIN_SUBFILE_ERRORS"], "") << dates;
+    }
+}
+
+}  // namespace
