@@ -390,6 +390,7 @@ struct Reader {
     std::string terminator;
     std::string issuer;
     std::size_t designatorsEnd = 0;
+    std::size_t jurisdictionStart = 0;
     std::size_t mainEnd = 0;
     std::size_t jurisdictionEnd = 0;
     std::string error;
@@ -503,17 +504,25 @@ struct Reader {
         return true;
     }
 
-    // Where each subfile ends: at the start of the next one, or the code's end.
+    // The main subfile runs from its indicator to the start of the
+    // jurisdiction subfile: its indicator, or else the first line behind the
+    // main indicator that begins with its type. Declared lengths are not
+    // trusted here; a wrong one shows in the subfile errors.
     void placeSubfiles() {
-        mainEnd = code.size();
-        if (!jurisdictionIndicator.text.empty() &&
-            jurisdictionIndicator.offset > mainIndicator.offset) {
-            mainEnd = jurisdictionIndicator.offset;
-        } else if (!designator.jurisdictionType.empty() &&
-                   designator.jurisdictionOffset > mainIndicator.offset &&
-                   designator.jurisdictionOffset < code.size()) {
-            mainEnd = designator.jurisdictionOffset;
+        jurisdictionStart = code.size();
+        const std::string& type = designator.jurisdictionType;
+        if (!jurisdictionIndicator.text.empty()) {
+            jurisdictionStart = jurisdictionIndicator.offset;
+        } else if (!type.empty()) {
+            for (std::size_t at = code.find(type, mainIndicator.offset);
+                 at != std::string_view::npos; at = code.find(type, at + 1)) {
+                if (at > 0 && (code[at - 1] == '\n' || code[at - 1] == '\r')) {
+                    jurisdictionStart = at;
+                    break;
+                }
+            }
         }
+        mainEnd = jurisdictionStart > mainIndicator.offset ? jurisdictionStart : code.size();
         jurisdictionEnd = code.size();
         if (mainIndicator.offset > jurisdictionIndicator.offset) {
             jurisdictionEnd = mainIndicator.offset;
@@ -607,15 +616,16 @@ struct Reader {
                            [&](const FeatureElement& element) { return element.id == id; });
     }
 
+    // "offset" when the indicator is not where the designator says, "length"
+    // when the subfile's text, from the indicator to its end, is not as long
+    // as declared.
     std::string subfileErrors(const AamvaBarcodeSubfileIndicator& indicator,
                               std::size_t declaredOffset, std::size_t declaredLength,
                               std::size_t end) const {
         if (indicator.text.empty()) return std::string();
         std::vector<std::string> errors;
         if (indicator.offset != declaredOffset) errors.emplace_back("offset");
-        if (end < indicator.offset || end - indicator.offset != declaredLength) {
-            errors.emplace_back("length");
-        }
+        if (end - indicator.offset != declaredLength) errors.emplace_back("length");
         return joined(errors);
     }
 };
