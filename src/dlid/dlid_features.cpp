@@ -73,9 +73,10 @@ struct RewriteRow {
 
 const std::vector<RewriteRow>& rewriteRows() {
     static const std::vector<RewriteRow> rows = {
-        {Rewrite::Keep, {"DAJ", "DAY", "DBC", "DAZ", "DCA", "DCB", "DCD", "DCG", "DCH", "DDK", "DCE",
-                         "DCL", "DCM", "DCN", "DCO", "DCP", "DCQ", "DCR", "DDA", "DDD", "DDL", "DDE",
-                         "DDF", "DDG", "DAR", "DAS", "DAT", "DBH", "PAA", "PAE", "PAF"}},
+        {Rewrite::Keep,
+         {"DAJ", "DAY", "DBC", "DAZ", "DCA", "DCB", "DCD", "DCG", "DCH", "DDK", "DCE",
+          "DCL", "DCM", "DCN", "DCO", "DCP", "DCQ", "DCR", "DDA", "DDD", "DDL", "DDE",
+          "DDF", "DDG", "DAR", "DAS", "DAT", "DBH", "PAA", "PAE", "PAF"}},
         {Rewrite::CollapsedLettersDigits,
          {"DAQ", "DBG", "DBK", "DBN", "DBS", "DCI", "DCJ", "DAE", "DAF", "DAN", "DAO"}},
         {Rewrite::PerCharLettersDigits, {"DAK", "DBJ", "PAC", "DAP", "DBI", "DBE", "DBF"}},
@@ -313,10 +314,18 @@ std::string formatDate(const Date& date, const char* layout) {
     char part[16];
     for (const char* p = layout; *p != '\0'; ++p) {
         switch (*p) {
-            case 'y': std::snprintf(part, sizeof part, "%02d", ((date.year % 100) + 100) % 100); break;
-            case 'Y': std::snprintf(part, sizeof part, "%04d", date.year); break;
-            case 'm': std::snprintf(part, sizeof part, "%02d", date.month); break;
-            default: std::snprintf(part, sizeof part, "%02d", date.day); break;
+            case 'y':
+                std::snprintf(part, sizeof part, "%02d", ((date.year % 100) + 100) % 100);
+                break;
+            case 'Y':
+                std::snprintf(part, sizeof part, "%04d", date.year);
+                break;
+            case 'm':
+                std::snprintf(part, sizeof part, "%02d", date.month);
+                break;
+            default:
+                std::snprintf(part, sizeof part, "%02d", date.day);
+                break;
         }
         out += part;
     }
@@ -329,8 +338,9 @@ constexpr std::array<const char*, 12> kDateForms = {"ymd", "ydm", "myd", "mdy", 
 
 bool containsDate(std::string_view text, const std::optional<Date>& date) {
     if (!date) return false;
+    const Date& day = *date;
     return std::any_of(kDateForms.begin(), kDateForms.end(),
-                       [&](const char* form) { return contains(text, formatDate(*date, form)); });
+                       [&](const char* form) { return contains(text, formatDate(day, form)); });
 }
 
 int wholeYears(const Date& from, const Date& to) {
@@ -421,8 +431,7 @@ struct Reader {
         } else if (header.jurisdictionVersion == "02") {
             header.numberOfSubfiles = 2;
         } else {
-            header.numberOfSubfiles =
-                header.value.find("AAMVA") != std::string::npos ? 1 : 2;
+            header.numberOfSubfiles = header.value.find("AAMVA") != std::string::npos ? 1 : 2;
         }
         return true;
     }
@@ -434,7 +443,8 @@ struct Reader {
             const std::size_t length = matchDesignator(code, position);
             if (length == 0) break;
             const std::string type(code.substr(position, 2));
-            const std::size_t offset = static_cast<std::size_t>(number(code.substr(position + 2, 4)));
+            const std::size_t offset =
+                static_cast<std::size_t>(number(code.substr(position + 2, 4)));
             const std::size_t size =
                 static_cast<std::size_t>(number(code.substr(position + 6, length - 6)));
             if (type == "DL" || type == "ID" || type == "EN") {
@@ -462,8 +472,7 @@ struct Reader {
             const std::size_t dl = code.find("DL", start);
             if (dl == std::string_view::npos || !readDesignatorsAt(dl)) {
                 if (!error.empty()) return false;
-                return fail(kExtractPrefix +
-                            std::string("Failed to extract subfile designator!"));
+                return fail(kExtractPrefix + std::string("Failed to extract subfile designator!"));
             }
         }
         if (designator.text.size() <= 8 || designator.text.size() >= 23) {
@@ -531,8 +540,7 @@ struct Reader {
 
     // Lines begin at each LF (a CR before it goes with it); every line that
     // is an element adds one, and the first that is not ends the subfile.
-    bool readElements(const AamvaBarcodeSubfileIndicator& indicator, std::size_t end,
-                      bool isMain) {
+    bool readElements(const AamvaBarcodeSubfileIndicator& indicator, std::size_t end, bool isMain) {
         std::string cleaned;
         for (char c : indicator.text) {
             if (c != '\r' && c != '\n' && c != ' ') cleaned.push_back(c);
@@ -590,7 +598,8 @@ struct Reader {
         placeSubfiles();
         if (!readElements(mainIndicator, mainEnd, true)) return false;
         if (elements.empty()) {
-            return fail("main fields have wrong format, subfile might not have the correct indicator!");
+            return fail(
+                "main fields have wrong format, subfile might not have the correct indicator!");
         }
         if (!jurisdictionIndicator.text.empty() &&
             !readElements(jurisdictionIndicator, jurisdictionEnd, false)) {
@@ -715,15 +724,32 @@ std::optional<Date> readFeatureDate(std::string_view value, bool yearFirst) {
 std::string anonymizeValue(std::string_view id, std::string_view value, bool yearFirst) {
     std::string out;
     switch (rewriteFor(id)) {
-        case Rewrite::Keep: out = std::string(value); break;
-        case Rewrite::CollapsedLettersDigits: out = collapsed(id, value, false); break;
-        case Rewrite::PerCharLettersDigits: out = perCharacter(value, false); break;
-        case Rewrite::CollapsedRuns: out = collapsed(id, value, true); break;
-        case Rewrite::PerCharAlphanumeric: out = perCharacter(value, true); break;
-        case Rewrite::Date: out = coarseDate(value, yearFirst); break;
-        case Rewrite::Measure: out = measure(value); break;
-        case Rewrite::Suffix: out = suffix(id, value); break;
-        case Rewrite::Drop: break;
+        case Rewrite::Keep:
+            out = std::string(value);
+            break;
+        case Rewrite::CollapsedLettersDigits:
+            out = collapsed(id, value, false);
+            break;
+        case Rewrite::PerCharLettersDigits:
+            out = perCharacter(value, false);
+            break;
+        case Rewrite::CollapsedRuns:
+            out = collapsed(id, value, true);
+            break;
+        case Rewrite::PerCharAlphanumeric:
+            out = perCharacter(value, true);
+            break;
+        case Rewrite::Date:
+            out = coarseDate(value, yearFirst);
+            break;
+        case Rewrite::Measure:
+            out = measure(value);
+            break;
+        case Rewrite::Suffix:
+            out = suffix(id, value);
+            break;
+        case Rewrite::Drop:
+            break;
     }
     if (out.size() > 40) out.resize(40);
     return out;
@@ -745,7 +771,9 @@ result<Features, std::string> extractFeatures(ParserStringRef code, const Date& 
         previous = element.id;
     }
 
-    const auto date = [&](std::string_view id) { return readFeatureDate(reader.valueOf(id), yearFirst); };
+    const auto date = [&](std::string_view id) {
+        return readFeatureDate(reader.valueOf(id), yearFirst);
+    };
     const auto birth = date("DBB");
     const auto expiry = date("DBA");
     const auto issued = date("DBD");
@@ -773,9 +801,9 @@ result<Features, std::string> extractFeatures(ParserStringRef code, const Date& 
     const auto& designator = reader.designator;
     features["*AGE"] = decimal(age);
     features["*AGE_BINNED"] = decimal(binned(age, 5.0));
-    features["*DAQ_MATCHES_STATE_ENCODING"] = boolText(
-        matchesStateEncoding(reader.issuer, daq, birth, designator.mainType,
-                             reader.valueOf("DCS"), reader.valueOf("DAC")));
+    features["*DAQ_MATCHES_STATE_ENCODING"] =
+        boolText(matchesStateEncoding(reader.issuer, daq, birth, designator.mainType,
+                                      reader.valueOf("DCS"), reader.valueOf("DAC")));
     features["*DCF_HAS_AUDIT"] = boolText(contains(dcf, reader.valueOf("DCJ")));
     features["*DCF_HAS_EXPIRY"] = boolText(containsDate(dcf, expiry));
     features["*DCF_HAS_ID_NUMBER"] = boolText(contains(dcf, daq));
@@ -813,7 +841,8 @@ result<Features, std::string> extractFeatures(ParserStringRef code, const Date& 
             anonymized[key] = value;
         }
     }
-    return result<Features, std::string>::success(Features{std::move(features), std::move(anonymized)});
+    return result<Features, std::string>::success(
+        Features{std::move(features), std::move(anonymized)});
 }
 
 }  // namespace parser::dlid

@@ -12,9 +12,24 @@ namespace {
 
 // Letter to Soundex digit; letters not listed carry no digit.
 constexpr std::array<std::pair<char, char>, 18> kSoundexCodes = {{
-    {'B', '1'}, {'F', '1'}, {'P', '1'}, {'V', '1'}, {'C', '2'}, {'G', '2'},
-    {'J', '2'}, {'K', '2'}, {'Q', '2'}, {'S', '2'}, {'X', '2'}, {'Z', '2'},
-    {'D', '3'}, {'T', '3'}, {'L', '4'}, {'M', '5'}, {'N', '5'}, {'R', '6'},
+    {'B', '1'},
+    {'F', '1'},
+    {'P', '1'},
+    {'V', '1'},
+    {'C', '2'},
+    {'G', '2'},
+    {'J', '2'},
+    {'K', '2'},
+    {'Q', '2'},
+    {'S', '2'},
+    {'X', '2'},
+    {'Z', '2'},
+    {'D', '3'},
+    {'T', '3'},
+    {'L', '4'},
+    {'M', '5'},
+    {'N', '5'},
+    {'R', '6'},
 }};
 
 // The digit of a given name's first letter, A to Z.
@@ -25,7 +40,7 @@ constexpr std::string_view kDayLetters = "ABCDEFGHZSJKLMNWPQR0123452789TU";
 
 // Month m owns the day codes from entry m - 1 up to, not including, entry m;
 // December also owns the last value.
-constexpr std::array<int, 13> kMonthBands = {1, 85, 158, 257, 333, 411, 520,
+constexpr std::array<int, 13> kMonthBands = {1,   85,  158, 257, 333, 411, 520,
                                              602, 680, 756, 840, 916, 999};
 
 char soundexDigit(char letter) {

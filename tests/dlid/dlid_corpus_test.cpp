@@ -112,15 +112,15 @@ TEST(DlidCorpus, EverySampleParsesOrFailsCleanly) {
     std::size_t samples = 0;
     std::size_t parsed = 0;
     forEachSample([&](const std::string& bytes) {
-            ++samples;
-            auto result = dlid.parse(ParserStringRef(bytes));
-            if (!result->error) {
-                ++parsed;
-                ASSERT_FALSE(result->fields.empty());
-                EXPECT_EQ(result->fields.back().name, "unified");
-            } else {
-                EXPECT_TRUE(isKnownFailure(result->error->message)) << result->error->message;
-            }
+        ++samples;
+        auto result = dlid.parse(ParserStringRef(bytes));
+        if (!result->error) {
+            ++parsed;
+            ASSERT_FALSE(result->fields.empty());
+            EXPECT_EQ(result->fields.back().name, "unified");
+        } else {
+            EXPECT_TRUE(isKnownFailure(result->error->message)) << result->error->message;
+        }
     });
     EXPECT_GT(samples, 100u);
     // Most samples are read; the rest are damaged beyond what is tolerated.
@@ -153,7 +153,8 @@ TEST(DlidCorpus, EverySampleGivesFeaturesOrFailsCleanly) {
         }
     });
     std::cout << "features: " << extracted << " of " << samples << " samples\n";
-    for (const auto& [message, count] : failures) std::cout << "  " << count << "  " << message << "\n";
+    for (const auto& [message, count] : failures)
+        std::cout << "  " << count << "  " << message << "\n";
     EXPECT_GT(samples, 100u);
     // Most real documents give features; the rest are refused with a reason.
     EXPECT_GT(extracted * 2, samples) << extracted << " of " << samples;

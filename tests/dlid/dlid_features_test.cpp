@@ -1,5 +1,7 @@
 // The feature reader's pieces: licence-number encodings, the anonymised
 // classes, the header search, and features of whole documents.
+#include "dlid/dlid_features.h"
+
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -8,7 +10,6 @@
 #include <vector>
 
 #include "common/parser_regex.h"
-#include "dlid/dlid_features.h"
 #include "dlid/dlid_licence_numbers.h"
 #include "dlid/dlid_parser.h"
 
@@ -19,8 +20,10 @@ using parser::Date;
 
 TEST(DlidLicenceNumbers, Soundex) {
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {"SMITH", "S530"},    {"smith", "S530"},    {"ASHCRAFT", "A261"}, {"TYMCZAK", "T522"},
-        {"PFISTER", "P236"},  {"HONEYMAN", "H555"}, {"LEE", "L000"},      {"ROBERT", "R163"},
+        {"SMITH", "S530"},    {"smith", "S530"},
+        {"ASHCRAFT", "A261"}, {"TYMCZAK", "T522"},
+        {"PFISTER", "P236"},  {"HONEYMAN", "H555"},
+        {"LEE", "L000"},      {"ROBERT", "R163"},
         {"O'BRIEN", "O165"},  {"", ""},
     };
     for (const auto& [name, code] : cases) EXPECT_EQ(parser::dlid::soundex(name), code) << name;
@@ -60,7 +63,7 @@ TEST(DlidLicenceNumbers, MatchesStateEncoding) {
     const Date b{1985, 3, 14};
     const std::vector<EncodingCase> cases = {
         {"FL", "S530-412-85-094-0", b, "DL", "SMITH", "JOHN", true},
-        {"FL", "S530412855940", b, "DL", "Smith", "john", true},  // the second day code
+        {"FL", "S530412855940", b, "DL", "Smith", "john", true},   // the second day code
         {"FL", "S530412865940", b, "DL", "SMITH", "JOHN", false},  // another year
         {"FL", "S530412850950", b, "DL", "SMITH", "JOHN", false},  // another day
         {"FL", "S53041285094", b, "DL", "SMITH", "JOHN", false},   // 12 bytes
@@ -154,7 +157,7 @@ TEST(DlidFeatures, AnonymizedValues) {
         {"ZTA", "AB-12", "@%#"},
         {"ZTA", "A\x01\x02\x03\x04", "NON-UTF8"},
         {"ZTA", "A.B,C;D:E!FGHIJKLMNOPQRSTU", "NON-UTF8"},  // five kinds of punctuation
-        {"ZTA", "A.B", "@%@"},  // too short to be judged
+        {"ZTA", "A.B", "@%@"},                              // too short to be judged
         {"DXX", "ANYTHING", ""},
     };
     for (const Case& c : cases) {
@@ -202,7 +205,6 @@ TEST(DlidFeatures, HeaderSearchAgreesWithThePattern) {
 }
 
 }  // namespace
-
 
 namespace {
 
