@@ -8,6 +8,7 @@
 #include "common/options.h"
 #include "common/text.h"
 #include "dlid/dlid_elements.h"
+#include "dlid/dlid_features.h"
 #include "dlid/dlid_format.h"
 #include "dlid/dlid_issuers.h"
 
@@ -16,9 +17,6 @@ namespace parser {
 namespace {
 
 using nlohmann::json;
-
-constexpr const char* kFeaturesUnavailable =
-    "verification feature extraction is not available in this build";
 
 // "YYYYMMDD" or "YYYY-MM-DD", and a day that exists.
 std::optional<Date> readOptionDate(const std::string& text) {
@@ -286,8 +284,11 @@ std::unique_ptr<ParserResult> DLIDParser::parse(ParserStringRef code) {
     }
     const bool stripe = code.front() == '%';
     if (enhanceDataForFeatureExtraction_) {
-        result->setError(stripe ? "Magstripe unsupported" : kFeaturesUnavailable);
-        return result;
+        if (stripe) {
+            result->setError("Magstripe unsupported");
+            return result;
+        }
+        return generate_offline_features(code);
     }
     if (stripe) {
         parseMagstripeFormat(code, *result);
@@ -304,6 +305,41 @@ std::unique_ptr<ParserResult> DLIDParser::parse(ParserStringRef code) {
     } else {
         parseBarcode(code, *result);
     }
+    return result;
+}
+
+std::unique_ptr<ParserResult> DLIDParser::generate_offline_features(ParserStringRef code) const {
+    auto result = std::make_unique<ParserResult>();
+    if (code.starts_with("%BC")) {
+        result->setError("Failed to extract DL features from non-AAMVA barcode value");
+        return result;
+    }
+    if (code.starts_with('%')) {
+        result->setError("Magstripe unsupported");
+        return result;
+    }
+    // Other codes that begin like a licence: eleven digits before the
+    // compliance indicator, or a tab where the record separator belongs.
+    std::size_t digits = 0;
+    while (digits < code.size() && digits < 11 && isAsciiDigit(code[digits])) ++digits;
+    const bool elevenDigits = digits == 11 && code.size() > 11 && code[11] == '@';
+    if (elevenDigits || code.starts_with("@\n\t\rAAMVA") || !code.starts_with('@')) {
+        result->setError("Failed to extract DL features from non-AAMVA barcode value");
+        return result;
+    }
+    auto features = dlid::extractFeatures(code, currentDate_);
+    if (!features.ok()) {
+        result->setError(features.error());
+        return result;
+    }
+    auto& [verification, anonymized] = features.value();
+    std::string verificationText =
+        verification.dump(-1, ' ', false, json::error_handler_t::replace);
+    std::string anonymizedText = anonymized.dump(-1, ' ', false, json::error_handler_t::replace);
+    result->addField("VERIFICATION_FEATURE_JSON", std::move(verificationText),
+                     std::move(verification));
+    result->addField("ANONYMIZED_VERIFICATION_FEATURE_JSON", std::move(anonymizedText),
+                     std::move(anonymized));
     return result;
 }
 

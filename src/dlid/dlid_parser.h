@@ -33,6 +33,11 @@ class DLIDParser : public BcParser {
     bool parseSubfile(const DLIDSubfile& subfile, ParserStringRef code, ParserResult& result,
                       DLIDParserState& state) const;
 
+    // The verification features of a barcode: "VERIFICATION_FEATURE_JSON" and
+    // "ANONYMIZED_VERIFICATION_FEATURE_JSON", each the compact JSON text with
+    // its object. Ages and expiry are counted to `currentDate`.
+    std::unique_ptr<ParserResult> generate_offline_features(ParserStringRef code) const;
+
     // Adds "unified": the holder's facts in one shape for every version.
     void generateUnifiedField(ParserResult& result, int version, const std::string& documentType,
                               bool neverExpiresCandidate) const;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -60,12 +62,30 @@ bool isKnownFailure(const std::string& message) {
                        [&](std::string_view known) { return message.rfind(known, 0) == 0; });
 }
 
-TEST(DlidCorpus, EverySampleParsesOrFailsCleanly) {
-    if (!fs::exists(kCorpusDir)) GTEST_SKIP() << "no corpus at " << kCorpusDir;
-    parser::DLIDParser dlid;
-    ASSERT_TRUE(dlid.readOptionsFromJSONString(R"({"currentDate": "20240601"})")->ok);
-    std::size_t samples = 0;
-    std::size_t parsed = 0;
+// Every way the feature reader may refuse a document.
+constexpr std::string_view kKnownFeatureFailures[] = {
+    "code is empty",
+    "Magstripe unsupported",
+    "Failed to extract DL features from non-AAMVA barcode value",
+    "Header format does not match AAMVA specification!",
+    "Issuer IIN could not be extracted from header!",
+    "Failed to extract features, ",
+    "main fields have wrong format, subfile might not have the correct indicator!",
+    "DL has unknown field identifier: ",
+    "subfile of type ",
+    "Unexpected characters in header",
+    "Unexpected subfile name ",
+    "Delimiter not found in string split.",
+};
+
+bool isKnownFeatureFailure(const std::string& message) {
+    return std::any_of(std::begin(kKnownFeatureFailures), std::end(kKnownFeatureFailures),
+                       [&](std::string_view known) { return message.rfind(known, 0) == 0; });
+}
+
+// Calls `visit` with the bytes of every AAMVA sample of the corpus.
+template <class Visit>
+void forEachSample(Visit visit) {
     for (const auto& entry : fs::directory_iterator(kCorpusDir)) {
         if (entry.path().extension() != ".json") continue;
         std::ifstream in(entry.path());
@@ -80,20 +100,64 @@ TEST(DlidCorpus, EverySampleParsesOrFailsCleanly) {
             // kept in, not of any scan.
             if (bytes->rfind("\xEF\xBB\xBF", 0) == 0) bytes->erase(0, 3);
             SCOPED_TRACE(entry.path().filename().string() + ": " + vector.value("id", ""));
-            ++samples;
-            auto result = dlid.parse(ParserStringRef(*bytes));
-            if (!result->error) {
-                ++parsed;
-                ASSERT_FALSE(result->fields.empty());
-                EXPECT_EQ(result->fields.back().name, "unified");
-            } else {
-                EXPECT_TRUE(isKnownFailure(result->error->message)) << result->error->message;
-            }
+            visit(*bytes);
         }
     }
+}
+
+TEST(DlidCorpus, EverySampleParsesOrFailsCleanly) {
+    if (!fs::exists(kCorpusDir)) GTEST_SKIP() << "no corpus at " << kCorpusDir;
+    parser::DLIDParser dlid;
+    ASSERT_TRUE(dlid.readOptionsFromJSONString(R"({"currentDate": "20240601"})")->ok);
+    std::size_t samples = 0;
+    std::size_t parsed = 0;
+    forEachSample([&](const std::string& bytes) {
+        ++samples;
+        auto result = dlid.parse(ParserStringRef(bytes));
+        if (!result->error) {
+            ++parsed;
+            ASSERT_FALSE(result->fields.empty());
+            EXPECT_EQ(result->fields.back().name, "unified");
+        } else {
+            EXPECT_TRUE(isKnownFailure(result->error->message)) << result->error->message;
+        }
+    });
     EXPECT_GT(samples, 100u);
     // Most samples are read; the rest are damaged beyond what is tolerated.
     EXPECT_GT(parsed * 10, samples * 7) << parsed << " of " << samples;
+}
+
+TEST(DlidCorpus, EverySampleGivesFeaturesOrFailsCleanly) {
+    if (!fs::exists(kCorpusDir)) GTEST_SKIP() << "no corpus at " << kCorpusDir;
+    parser::DLIDParser dlid;
+    ASSERT_TRUE(dlid.readOptionsFromJSONString(
+                        R"({"currentDate": "20240601", "enhanceDataForFeatureExtraction": true})")
+                    ->ok);
+    std::size_t samples = 0;
+    std::size_t extracted = 0;
+    std::map<std::string, std::size_t> failures;
+    forEachSample([&](const std::string& bytes) {
+        ++samples;
+        auto result = dlid.parse(ParserStringRef(bytes));
+        if (result->error) {
+            EXPECT_TRUE(isKnownFeatureFailure(result->error->message)) << result->error->message;
+            ++failures[result->error->message.substr(0, 60)];
+            return;
+        }
+        ++extracted;
+        ASSERT_EQ(result->fields.size(), 2u);
+        EXPECT_EQ(result->fields[0].name, "VERIFICATION_FEATURE_JSON");
+        EXPECT_EQ(result->fields[1].name, "ANONYMIZED_VERIFICATION_FEATURE_JSON");
+        for (const auto& field : result->fields) {
+            EXPECT_EQ(json::parse(field.rawString, nullptr, false), field.parsed);
+        }
+    });
+    std::cout << "features: " << extracted << " of " << samples << " samples\n";
+    for (const auto& [message, count] : failures)
+        std::cout << "  " << count << "  " << message << "\n";
+    EXPECT_GT(samples, 100u);
+    // Most real documents give features; the rest are refused with a reason.
+    EXPECT_GT(extracted * 2, samples) << extracted << " of " << samples;
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ cases = [
     case('Virginia version 9 announcing four subfiles has one', '@\n\x1e\rANSI 636000090104DL00310030' + subfile_body('DL', ['DAQT12345678', 'DCSDOE', 'DACJANE']), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 9, 'IIN': '636000', 'issuer': 'VA', 'jurisdictionVersion': 1}), f('DAQ', 'T12345678'), f('DAC', 'JANE')]),
     case('Windows line ends: offsets refer to the cleaned text', tx().replace('\n', '\r\n'), options=TODAY, fieldsInclude=tx_fields()),
     case('carriage return alone is kept, and no text byte', barcode([('DL', ['DAQ1\rX', 'DCSSMITH']), ('ZT', TX_Z)], prefix='@\nANSI ', term='\n'), options=TODAY, fieldsInclude=[f('DAQ', None, '1\rX'), f('DCS', 'SMITH')]),
-    case('feature extraction is not built', B, options={'enhanceDataForFeatureExtraction': True}, error=E('verification feature extraction is not available in this build')),
+    case('feature extraction replaces the field parse', B, options={'enhanceDataForFeatureExtraction': True}, fieldsInclude=[]),
     case('feature extraction refuses a stripe', '%TXAUSTIN^DOE$JOHN^1 MAIN ST^?;6360151234=2508198001019?%', options={'enhanceDataForFeatureExtraction': True}, error=E('Magstripe unsupported')),
 ]
 write('header.json', cases)

@@ -5,7 +5,7 @@ def after(date='20240601', enhance=False, ignore=False, strict=False):
 MSG = "option 'currentDate' must be a date written YYYYMMDD"
 cases = [
     {'name': 'all options written back in their own form', 'options': {'currentDate': '20240601', 'ignoreCutOffElementId': True, 'strictElementIdVerification': True, 'enhanceDataForFeatureExtraction': True},
-     'optionsAfter': after(enhance=True, ignore=True, strict=True), 'data': tx(), 'error': {'message': 'verification feature extraction is not available in this build', 'code': 2}},
+     'optionsAfter': after(enhance=True, ignore=True, strict=True), 'data': tx()},
     {'name': 'current date with dashes', 'options': {'currentDate': '2024-02-29'}, 'optionsAfter': after('20240229'), 'optionsError': ''},
     {'name': 'current date that does not exist', 'options': {'currentDate': '20230229'}, 'optionsError': MSG},
     {'name': 'current date with a month of 13', 'options': {'currentDate': '20241301'}, 'optionsError': MSG},
