@@ -11,7 +11,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 for sample in examples/samples/*; do
-    format=$(basename "$sample"); format=${format%.*}
+    format=$(basename "$sample"); format=${format%%.*}
     printf '{"format":"%s","dataBase64":"%s"}\n' "$format" "$(base64 -w0 "$sample")"
 done >"$work/mix.jsonl"
 per_round=$(wc -l <"$work/mix.jsonl")

@@ -169,15 +169,22 @@ void registerInput(const char* name, ParserDataFormat format, const std::string&
 }
 
 const bool kRegistered = [] {
+    registerSample("dlid", ParserDataFormat::Dlid);
     registerSample("gs1ai", ParserDataFormat::Gs1Ai);
+    registerSample("gs1_digital_link", ParserDataFormat::Gs1DigitalLink);
     registerSample("hibc", ParserDataFormat::Hibc);
     registerSample("mrtd", ParserDataFormat::Mrtd);
     registerSample("iata_bcbp", ParserDataFormat::IataBcbp);
     registerSample("swissqr", ParserDataFormat::SwissQr);
     registerSample("us_usid", ParserDataFormat::UsUsid);
     registerSample("vin", ParserDataFormat::Vin);
+    registerInput("dlid_v8", ParserDataFormat::Dlid, qvx_bench::kDlidVersion8);
+    registerInput("dlid_v1", ParserDataFormat::Dlid, qvx_bench::kDlidVersion1);
+    registerInput("dlid_stripe", ParserDataFormat::Dlid, qvx_bench::kDlidStripe);
     registerInput("gs1_retail", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Retail);
     registerInput("gs1_logistics", ParserDataFormat::Gs1Ai, qvx_bench::kGs1Logistics);
+    registerInput("digital_link_canonical", ParserDataFormat::Gs1DigitalLink,
+                  qvx_bench::kDigitalLinkCanonical);
     registerInput("hibc", ParserDataFormat::Hibc, qvx_bench::kHibc);
     registerInput("mrz_td3", ParserDataFormat::Mrtd, qvx_bench::kMrzTd3);
     registerInput("mrz_td1", ParserDataFormat::Mrtd, qvx_bench::kMrzTd1);

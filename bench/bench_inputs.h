@@ -36,6 +36,18 @@ inline const std::string kGs1Logistics =
     "1524063010BATCH-42\x1d"
     "4104012345000009";
 
+// GS1 Digital Link URIs: a canonical one for a GTIN with lot, serial and
+// expiry, and a long lax one with convenience words, many query attributes
+// (measures, dates, an encoded address) and attributes that name no AI.
+inline const std::string kDigitalLinkCanonical =
+    "https://id.gs1.org/01/09506000134352/10/ABC123/21/SN12345?17=261231";
+inline const std::string kDigitalLinkLongLax =
+    "http://brand.example.com/shop/products/gtin/09506000134352/lot/LOT-2024-117/ser/SN0000042"
+    "?expiryDateCode=261231&bestBeforeDateParameter=261130&packDateParameter=260115"
+    "&3103=001250&3302=000830&3122=000120&countParameter=24&400=PO-2024-000117"
+    "&4300=ACME%2FLogistics&4302=1%2CHigh%2BStreet%26Co&4307=GB"
+    "&linkType=gs1:certificationInfo&context=dscsa&lang=en";
+
 // One HIBC label: primary and secondary segments with an expiry date and a lot.
 inline const std::string kHibc = "+H123GLOVE5/$$3270630LOT8841/16D20240630D";
 
@@ -69,6 +81,62 @@ inline const std::string kUsidDependent =
     "IDUS28C7Q0" + kUsidPersonalPart + padded("DOE,JOHN A", 27) + "123456789" + "SP    ";
 inline const std::string kUsidSponsor =
     "IDUS28C7Q1" + kUsidPersonalPart + "II O+ " + std::string(2048, '\x5A');
+
+// Driver licences: a version 8 barcode of 333 bytes (main and jurisdiction
+// subfile), a version 1 barcode with the name in one element, and a stripe.
+inline const std::string kDlidVersion8 =
+    "@\n"
+    "\x1e\r"
+    "ANSI 636015080102DL00410254ZT02950038DLDCAD\n"
+    "DCBNONE\n"
+    "DCDNONE\n"
+    "DBA03142028\n"
+    "DCSSMITH\n"
+    "DACJOHN\n"
+    "DADPAUL\n"
+    "DBD01152020\n"
+    "DBB03141985\n"
+    "DBC1\n"
+    "DAYBRO\n"
+    "DAU070 in\n"
+    "DAG123 MAIN ST\n"
+    "DAIAUSTIN\n"
+    "DAJTX\n"
+    "DAK787010000\n"
+    "DAQ12345678\n"
+    "DCFA1B2C3D4E5F6\n"
+    "DCGUSA\n"
+    "DDEN\n"
+    "DDFN\n"
+    "DDGN\n"
+    "DAW180\n"
+    "DAZBRO\n"
+    "DCK12345678901234\n"
+    "DDAF\n"
+    "DDB04162010\n"
+    "DDD0\r"
+    "ZTZTAXXXXXXXXXXXXXXXXXXXXXXXXXXX\n"
+    "ZTBN\r";
+inline const std::string kDlidVersion1 =
+    "@\n"
+    "\x1e\r"
+    "ANSI 6360150101DL00290139DLDAQ12345678\n"
+    "DAASMITH,JOHN,P\n"
+    "DAG123 MAIN ST\n"
+    "DAIAUSTIN\n"
+    "DAJTX\n"
+    "DAK78701\n"
+    "DBA20280314\n"
+    "DBB19850314\n"
+    "DBCM\n"
+    "DBD20200115\n"
+    "DAU510\n"
+    "DAW180\n"
+    "DAYBRO\n"
+    "DAZBRN\r";
+inline const std::string kDlidStripe =
+    "%TXAUSTIN^DOE$JOHN$PAUL^123 MAIN ST^?;6360151234567=290319850314?%8178701      C "
+    "              1510080BROBLU0123456789SPECTACLES            00001?";
 
 // VINs: a clean one, and a label scan (caption, blank, number).
 inline const std::string kVinClean = "1HGCM82633A004352";

@@ -6,11 +6,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "qvx/qvx.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 2) return 0;
+    // Detection reads any bytes, whatever format the input is meant for.
+    const auto candidates =
+        qvx::detectFormats(std::string_view(reinterpret_cast<const char*>(data), size));
+    if (candidates.size() > qvx::FormatCandidates::kCapacity) __builtin_trap();
 #ifdef QVX_FUZZ_FORMAT
     static const ParserDataFormat format = *parser::dataFormatFromName(QVX_FUZZ_FORMAT);
 #else

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "detected_request.h"
 #include "human_output.h"
 #include "qvx/qvx.h"
 #include "request.h"
@@ -55,7 +56,15 @@ Modes:
                    "not built yet".
 
 Options:
-  --format NAME    The format to expect (see --list-formats).
+  --format NAME    The format to expect (see --list-formats), or "auto": the
+                   formats whose structure the input shows are tried in rank
+                   order and the first that parses is taken (when none does,
+                   the top one's failure is reported). The chosen format is
+                   printed first, or as "format" in the JSON line. Options go
+                   to every candidate; one that refuses them is passed over.
+  --show-candidates
+                   Also print the detected formats, ranked, with the reason
+                   of each ("candidates" in the JSON line).
   --options JSON   Parser options, the text of a JSON object handed to the
                    parser as it is, e.g. '{"strictMode":true}'.
   --parser-json JSON
@@ -93,6 +102,10 @@ Batch input: one JSON object per line (a trailing "\r" is ignored).
   "showDeserializerWarnings"
                     true: add "deserializerWarnings", the unused keys of the
                     last description applied
+  "showCandidates"  true: add "candidates", the detected formats, ranked, as
+                    {"format", "reason"}; with "format": "auto" the output
+                    always has "format", the chosen name (null when no format
+                    was recognised)
 Batch output: one compact JSON object per line, always with "ok".
   success           "ok": true, "fields", "warnings"
   parse failure     "ok": false, "error": {"message", "code", "additionalInfo"}
@@ -109,6 +122,7 @@ struct Args {
     bool listFormats = false;
     bool help = false;
     bool version = false;
+    bool showCandidates = false;
     std::optional<std::string> format;
     std::optional<std::string> options;
     std::optional<std::string> input;
@@ -175,6 +189,9 @@ std::optional<std::string> parseArgs(int argc, char** argv, Args& args) {
             args.json = true;
         } else if (arg == "--escapes") {
             args.escapes = true;
+            ++args.otherArguments;
+        } else if (arg == "--show-candidates") {
+            args.showCandidates = true;
             ++args.otherArguments;
         } else if (arg == "--list-formats") {
             args.listFormats = true;
@@ -328,21 +345,23 @@ int runSingle(const Args& args) {
     }
 
     Request request;
+    request.showCandidates = args.showCandidates;
     std::optional<qvx_cli::PreparedParser> prepared;
     if (described) {
         if (auto exit = prepareDescribed(args, request, prepared)) return *exit;
     } else {
+        request.autoFormat = *args.format == qvx_cli::kAutoFormat;
         auto format = parser::dataFormatFromName(*args.format);
-        if (!format) {
+        if (!format && !request.autoFormat) {
             return runtimeError("unknown format '" + *args.format + "' (see --list-formats)");
         }
-        if (!qvx::Parser::isFormatAvailable(*format)) {
+        if (format && !qvx::Parser::isFormatAvailable(*format)) {
             // Checked before reading any input; the library words the reason.
             auto created = qvx::Parser::create(nullptr, *format);
             return runtimeError(created ? "the format '" + *args.format + "' is not available"
                                         : created.error());
         }
-        request.format = *format;
+        if (format) request.format = *format;
         request.optionsText = args.options;
     }
 
@@ -376,6 +395,7 @@ int runSingle(const Args& args) {
         return response.parse->ok() ? kExitOk : kExitParseFailed;
     }
 
+    qvx_cli::printDetection(std::cout, response, args.showCandidates);
     if (response.optionsError) return runtimeError(*response.optionsError);
     if (!response.parse->ok()) {
         qvx_cli::printIssue(std::cerr, *response.parse->error());

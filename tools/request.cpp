@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base64.h"
+#include "detected_request.h"
 #include "qvx/json_text.h"
 
 namespace qvx_cli {
@@ -84,8 +85,11 @@ RequestResult requestFromLine(json& line) {
         if (!format->is_string()) return RequestResult::failure("\"format\" must be a string");
         const auto& name = format->get_ref<const std::string&>();
         auto value = parser::dataFormatFromName(name);
-        if (!value) return RequestResult::failure("unknown format \"" + name + "\"");
-        request.format = *value;
+        request.autoFormat = name == kAutoFormat;
+        if (!value && !request.autoFormat) {
+            return RequestResult::failure("unknown format \"" + name + "\"");
+        }
+        if (value) request.format = *value;
     }
 
     auto data = line.find("data");
@@ -119,6 +123,7 @@ RequestResult requestFromLine(json& line) {
     request.showJsonString = readFlag(line, "showJsonString", error);
     request.showComponentId = readFlag(line, "showComponentId", error);
     request.showDeserializerWarnings = readFlag(line, "showDeserializerWarnings", error);
+    request.showCandidates = readFlag(line, "showCandidates", error);
     if (!error.empty()) return RequestResult::failure(error);
     return RequestResult::success(std::move(request));
 }
@@ -187,12 +192,31 @@ Response respond(const Request& request, const PreparedParser& prepared) {
     if (!response.optionsError && !response.deserializerError) {
         response.parse = prepared.parser->parse(request.data);
     }
+    if (request.showCandidates) response.candidates = qvx::detectFormats(request.data);
     return response;
 }
 
 bar::result<Response, std::string> runRequest(const Request& request) {
     using Result = bar::result<Response, std::string>;
     auto sink = std::make_shared<RecordingSink>();
+    if (request.autoFormat) {
+        // One parser per candidate, all reporting to the one sink.
+        auto context = std::make_shared<qvx::core::Context>(sink);
+        std::map<ParserDataFormat, PreparedParser> made;
+        Response response = respondDetected(request, [&](ParserDataFormat format) {
+            auto found = made.find(format);
+            if (found == made.end()) {
+                Request single = request;
+                single.format = format;
+                auto prepared = prepareParser(single, context);
+                if (!prepared) return static_cast<const PreparedParser*>(nullptr);
+                found = made.emplace(format, std::move(prepared).value()).first;
+            }
+            return static_cast<const PreparedParser*>(&found->second);
+        });
+        response.events = std::move(sink->events);
+        return Result::success(std::move(response));
+    }
     auto prepared = prepareParser(request, std::make_shared<qvx::core::Context>(sink));
     if (!prepared) return Result::failure(prepared.error());
     Response response = respond(request, prepared.value());
@@ -235,6 +259,10 @@ void appendResponseText(std::string& out, const Request& request, const Response
         out += name;
         out += "\":";
     };
+    if (request.showCandidates) {
+        key("candidates");
+        appendCandidatesText(out, response.candidates);
+    }
     if (response.componentId) {
         key("componentId");
         parser::appendJsonString(out, *response.componentId);
@@ -258,6 +286,10 @@ void appendResponseText(std::string& out, const Request& request, const Response
     if (data != nullptr) {
         key("fields");
         parser::appendFieldsJsonText(out, data->fields(), -1);
+    }
+    if (request.autoFormat) {
+        key("format");
+        appendChosenFormatText(out, response.chosenFormat);
     }
     if (id != nullptr) {
         key("id");
@@ -287,7 +319,22 @@ void appendResponseText(std::string& out, const Request& request, const Response
 bar::result<Response, std::string> BatchRunner::run(const Request& request) {
     using Result = bar::result<Response, std::string>;
     if (request.showEvents) return runRequest(request);
+    if (request.autoFormat) {
+        return Result::success(respondDetected(request, [&](ParserDataFormat format) {
+            Request single = request;
+            single.format = format;
+            auto kept = keptParser(single);
+            return kept ? kept.value() : nullptr;
+        }));
+    }
 
+    auto kept = keptParser(request);
+    if (!kept) return Result::failure(kept.error());
+    return Result::success(respond(request, *kept.value()));
+}
+
+bar::result<const PreparedParser*, std::string> BatchRunner::keptParser(const Request& request) {
+    using Result = bar::result<const PreparedParser*, std::string>;
     Key key(request.format, request.optionsText, request.parserText, request.updateText);
     auto kept = parsers_.find(key);
     if (kept == parsers_.end()) {
@@ -296,7 +343,7 @@ bar::result<Response, std::string> BatchRunner::run(const Request& request) {
         if (parsers_.size() >= kMaxKeptParsers) parsers_.clear();
         kept = parsers_.emplace(std::move(key), std::move(prepared).value()).first;
     }
-    return Result::success(respond(request, kept->second));
+    return Result::success(&kept->second);
 }
 
 void BatchRunner::handleLine(std::string_view line, std::string& out) {

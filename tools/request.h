@@ -30,6 +30,9 @@ struct Request {
     bool showJsonString = false;
     bool showComponentId = false;
     bool showDeserializerWarnings = false;
+    // "format": "auto": detect the format and parse with the candidates.
+    bool autoFormat = false;
+    bool showCandidates = false;
 };
 
 struct Response {
@@ -47,6 +50,10 @@ struct Response {
     nlohmann::json options;
     // Every usage event of this request, as {"id": ..., "payload": ...}.
     nlohmann::json events = nlohmann::json::array();
+    // Detection: the ranked candidates (when shown or detected) and the
+    // format whose answer this is.
+    qvx::FormatCandidates candidates;
+    std::optional<ParserDataFormat> chosenFormat;
 };
 
 // A parser of one format with one request's options set once, or made from
@@ -98,6 +105,8 @@ class BatchRunner {
                            std::optional<std::string>>;
 
     bar::result<Response, std::string> run(const Request& request);
+    // The kept parser for the request's format and options, made on first use.
+    bar::result<const PreparedParser*, std::string> keptParser(const Request& request);
 
     std::map<Key, PreparedParser> parsers_;
 };

@@ -5,6 +5,7 @@
 #include "qvx/core/context.h"
 #include "qvx/core/json_value.h"
 #include "qvx/data_format.h"
+#include "qvx/detect.h"
 #include "qvx/issue.h"
 #include "qvx/parsed.h"
 #include "qvx/parser.h"

@@ -1,7 +1,9 @@
 #include "qvx/parser.h"
 
 #include "bcbp/bcbp_parser.h"
+#include "dlid/dlid_parser.h"
 #include "gs1/gs1_ai_parser.h"
+#include "gs1/gs1_digital_link_parser.h"
 #include "hibc/hibc_parser.h"
 #include "mrtd/mrtd_parser.h"
 #include "qvx/contract.h"
@@ -28,11 +30,12 @@ std::unique_ptr<parser::BcParser> makeConcreteParser(ParserDataFormat format) {
             return std::make_unique<parser::SwissQRParser>();
         case ParserDataFormat::Gs1Ai:
             return std::make_unique<parser::Gs1AiParser>();
+        case ParserDataFormat::Dlid:
+            return std::make_unique<parser::DLIDParser>();
         case ParserDataFormat::Mrtd:
             return std::make_unique<parser::MrtdParser>();
-        case ParserDataFormat::Dlid:
         case ParserDataFormat::Gs1DigitalLink:
-            return nullptr;
+            return std::make_unique<parser::Gs1DigitalLinkParser>();
     }
     return nullptr;
 }

@@ -166,26 +166,18 @@ void extractTd1Lines2And3(const MrtdParseContext& context, MrtdFieldReader& read
     reader.name(line, 30);
 }
 
-void extractTd1(const MrtdParseContext& context, ParserResult& result) {
+// The first line of the TD1 card and the cards built on it: code, state and a
+// number that may continue in the optional data. The border crossing card
+// reads its continuation one column further on.
+void extractTd1Like(const MrtdParseContext& context, ParserResult& result,
+                    std::size_t skipAfterNumber, std::size_t overflowWidth) {
     MrtdDocumentNumberReader reader(result);
     ParserStringRef line = context.lines[0];
     reader.documentCode(line);
     reader.country(line, "issuingState");
     reader.read(line);
-    MrtdFieldReader::skip(line, 1);
-    reader.overflow(line, 15);
-    reader.text(line, "optional", reader.widthLeft());
-    extractTd1Lines2And3(context, reader);
-}
-
-void extractBorderCrossingCard(const MrtdParseContext& context, ParserResult& result) {
-    MrtdDocumentNumberReader reader(result);
-    ParserStringRef line = context.lines[0];
-    reader.documentCode(line);
-    reader.country(line, "issuingState");
-    reader.read(line);
-    MrtdFieldReader::skip(line, 2);
-    reader.overflow(line, 12);
+    MrtdFieldReader::skip(line, skipAfterNumber);
+    reader.overflow(line, overflowWidth);
     reader.text(line, "optional", reader.widthLeft());
     extractTd1Lines2And3(context, reader);
 }
@@ -383,7 +375,7 @@ void extractFields(MrtdType type, const MrtdParseContext& context, ParserResult&
         case MrtdType::Td1:
         case MrtdType::MexicanConsularCardCG:
         case MrtdType::MexicanConsularCardID:
-            return extractTd1(context, result);
+            return extractTd1Like(context, result, 1, 15);
         case MrtdType::Td2:
             return extractTd2(context, result);
         case MrtdType::Td2FrenchId:
@@ -412,7 +404,7 @@ void extractFields(MrtdType type, const MrtdParseContext& context, ParserResult&
         case MrtdType::VietnamesePassport:
             return extractPassportLike(context, result, 38, 13, false);
         case MrtdType::BorderCrossingCard:
-            return extractBorderCrossingCard(context, result);
+            return extractTd1Like(context, result, 2, 12);
     }
 }
 

@@ -1,0 +1,50 @@
+from lib import *
+B = tx()
+body = B[B.index('DL0041'):]  # designators and subfiles
+def with_header(h):
+    return h + body
+E = lambda m: {'message': m, 'code': 2}
+cases = [
+    case('standard version 8 header', B, options=TODAY, fieldsInclude=tx_fields()),
+    case('leading blanks and line feeds are dropped', ' \n \n' + B, options=TODAY, fieldsInclude=tx_fields()),
+    case('only blanks and line feeds', ' \n\n  ', error=E('code is empty')),
+    case('empty code', '', error=E('code is empty')),
+    case('an at sign alone', '@', error=E('separator too small to parse')),
+    case('five bytes', '@\n\x1e\rA', error=E('separator too small to parse')),
+    case('eighteen bytes are no header', '@\n\x1e\rANSI 636015080', error=E('header too short')),
+    case('six bytes of anything', 'XXXXXX', error=E('header too short')),
+    case('no compliance indicator', '#' + B[1:], error=E('compliance indicator missing')),
+    case('record separator where the line feed belongs', '@\x1e\x1e\rANSI ' + B[9:], error=E('data element separator in header is not 0x0A (\\n)')),
+    case('no record separator: line feeds end the subfiles', barcode([('DL', TX_DL), ('ZT', TX_Z)], prefix='@\nANSI ', term='\n'), options=TODAY, fieldsInclude=tx_fields()),
+    case('record separator without carriage return terminates with itself', barcode([('DL', TX_DL), ('ZT', TX_Z)], prefix='@\n\x1eANSI ', term='\x1e'), options=TODAY, fieldsInclude=tx_fields()),
+    case('junk before the file type is skipped', barcode([('DL', TX_DL), ('ZT', TX_Z)], prefix='@\n\x1e\r\x1c\x1cANSI '), options=TODAY, fieldsInclude=tx_fields()),
+    case('file type AAMVA', barcode([('DL', TX_DL), ('ZT', TX_Z)], prefix='@\n\x1e\rAAMVA'), options=TODAY, fieldsInclude=tx_fields()),
+    case('file type ANSI without blank', barcode([('DL', TX_DL), ('ZT', TX_Z)], prefix='@\n\x1e\rANSI'), options=TODAY, fieldsInclude=tx_fields()),
+    case('bad file type names the first five bytes from the first A', '@\n\x1e\rBNSI 636015080102DL00410201ZT02420011DLDAQ12345678\r', error=E("invalid file type, it should contain 'ANSI ' or 'AAMVA' string but contains AQ123")),
+    case('bad file type without any A', '@\n\x1e\rXXXX 636015080102DL00410201', error=E("invalid file type, it should contain 'ANSI ' or 'AAMVA' string but contains XXXX ")),
+    case('IIN with a letter', with_header('@\n\x1e\rANSI 63X015080102'), error=E('could not parse IIN 63X015')),
+    case('too little left for an IIN', '@\n\x1e\r\x1c\x1c\x1c\x1c\x1c\x1c\x1c\x1c\x1c\x1cANSI 1234', error=E('could not parse IIN, data too short')),
+    case('missing IIN', with_header('@\n\x1e\rANSI 080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': '', 'issuer': '', 'jurisdictionVersion': 1}), f('DAQ', '12345678')]),
+    case('missing IIN with one stray byte', with_header('@\n\x1e\rANSI 7080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': '7', 'issuer': '7', 'jurisdictionVersion': 1}), f('DAQ', '12345678')]),
+    case('jurisdiction abbreviation in place of the IIN', with_header('@\n\x1e\rANSI AL080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': 'AL', 'issuer': 'AL', 'jurisdictionVersion': 1}), f('DAQ', '12345678')]),
+    case('HIDE2 in place of the IIN', with_header('@\n\x1e\rANSI HIDE2080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': 'HIDE2', 'issuer': 'HIDE2', 'jurisdictionVersion': 1}), f('DAQ', '12345678')]),
+    case('five-digit Arizona IIN', with_header('@\n\x1e\rANSI 36026080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': '36026', 'issuer': 'AZ', 'jurisdictionVersion': 1}), f('DAQ', '12345678')]),
+    case('unlisted IIN is its own issuer', with_header('@\n\x1e\rANSI 999999080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': '999999', 'issuer': '999999', 'jurisdictionVersion': 1})]),
+    case('diplomatic IIN', with_header('@\n\x1e\rANSI 636027080102'), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 8, 'IIN': '636027', 'issuer': 'State Dept. (Diplomatic)', 'jurisdictionVersion': 1})]),
+    case('Bermuda is refused', with_header('@\n\x1e\rANSI 168100080102'), error=E('Parsing Bermuda driver licenses with IIN = "168100" are not supported')),
+    case('version not digits', with_header('@\n\x1e\rANSI 6360150X0102'), error=E('could not parse AAMVA version number 0X')),
+    case('jurisdiction version not digits', with_header('@\n\x1e\rANSI 63601508X102'), error=E('could not parse jurisdiction version number: X1')),
+    case('no jurisdiction version: the count moves across', '@\n\x1e\rANSI 6360260302' + body, options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 3, 'IIN': '636026', 'issuer': 'AZ', 'jurisdictionVersion': 0}), f('DAQ', '12345678'), f('ZTA', 'VALUE')]),
+    case('version 1 without a count has one entry', '@\n\x1e\rANSI 63601501DL00310201' + subfile_body('DL', TX_DL), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 1, 'IIN': '636015', 'issuer': 'TX', 'jurisdictionVersion': 0}), f('DAQ', '12345678')]),
+    case('count of zero', with_header('@\n\x1e\rANSI 636015080100'), error=E('number of entries must be greater than zero')),
+    case('count missing and jurisdiction version zero', with_header('@\n\x1e\rANSI 6360150800'), error=E('number of entries must be greater than zero')),
+    case('one byte left for the count', '@\n\x1e\rANSI 6360150801X', error=E('subfile too short')),
+    case('pre-standard barcode reads its count', '@\n\x1e\rANSI 636015001DL00311' + '%04d' % len(subfile_body('DL', ['DAQ12345678', 'DAA JOHN SMITH', 'DBB19850314'])) + subfile_body('DL', ['DAQ12345678', 'DAAJOHN SMITH', 'DBB19850314']), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 0, 'IIN': '636015', 'issuer': 'TX', 'jurisdictionVersion': 0}), f('DBB', date(1985, 3, 14), '19850314')]),
+    case('pre-standard barcode without a count', with_header('@\n\x1e\rANSI 63601500'), error=E('cannot parse pre-AAMVA-spec barcode. Please contact the Quorvex team for handling your custom case.')),
+    case('Virginia version 9 announcing four subfiles has one', '@\n\x1e\rANSI 636000090104DL00310030' + subfile_body('DL', ['DAQT12345678', 'DCSDOE', 'DACJANE']), options=TODAY, fieldsInclude=[f('header', {'AAMVAVersion': 9, 'IIN': '636000', 'issuer': 'VA', 'jurisdictionVersion': 1}), f('DAQ', 'T12345678'), f('DAC', 'JANE')]),
+    case('Windows line ends: offsets refer to the cleaned text', tx().replace('\n', '\r\n'), options=TODAY, fieldsInclude=tx_fields()),
+    case('carriage return alone is kept, and no text byte', barcode([('DL', ['DAQ1\rX', 'DCSSMITH']), ('ZT', TX_Z)], prefix='@\nANSI ', term='\n'), options=TODAY, fieldsInclude=[f('DAQ', None, '1\rX'), f('DCS', 'SMITH')]),
+    case('feature extraction replaces the field parse', B, options={'enhanceDataForFeatureExtraction': True}, fieldsInclude=[]),
+    case('feature extraction refuses a stripe', '%TXAUSTIN^DOE$JOHN^1 MAIN ST^?;6360151234=2508198001019?%', options={'enhanceDataForFeatureExtraction': True}, error=E('Magstripe unsupported')),
+]
+write('header.json', cases)
