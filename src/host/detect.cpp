@@ -6,7 +6,9 @@
 #include <string_view>
 #include <utility>
 
+#include "common/text.h"
 #include "gs1/gs1_ai_table.h"
+#include "vin/vin_parser.h"
 
 namespace qvx {
 
@@ -169,54 +171,12 @@ bool isHibcChar(char c) noexcept {
 constexpr std::size_t kVinLength = 17;
 
 bool isVinChar(char c) noexcept {
-    return isDigit(c) || (isUpper(c) && c != 'I' && c != 'O' && c != 'Q');
+    return parser::isCharInCharset(static_cast<unsigned char>(c), parser::Charset::Vin);
 }
 
-char vinLookAlike(char c) noexcept {
-    switch (c) {
-        case 'I':
-            return '1';
-        case 'O':
-            return '0';
-        case 'Q':
-            return '9';
-        default:
-            return c;
-    }
-}
-
-// The 17 characters a label scan leaves after its noise is cut, as the VIN
-// reader cuts it: white space at both ends, one side of a first blank, and
-// one or two bytes of framing for texts of 18 to 20 bytes.
-Bytes vinCore(Bytes text) noexcept {
-    if (text.size() < 18) return text;
-    text = trimSpace(text);
-    if (const auto blank = text.find(' '); blank != Bytes::npos) {
-        text = blank <= text.size() / 2 ? text.substr(blank + 1) : text.substr(0, blank);
-    }
-    switch (text.size()) {
-        case 20:
-            return text.substr(2, 17);
-        case 19:
-            return text.substr(1, 17);
-        case 18:
-            return isVinChar(text.front()) ? text.substr(0, 17) : text.substr(1);
-        default:
-            return text;
-    }
-}
-
-bool vinCheckHolds(Bytes vin) noexcept {
-    constexpr std::array<int, kVinLength> kWeights = {8, 7, 6, 5, 4, 3, 2, 10, 0,
-                                                      9, 8, 7, 6, 5, 4, 3, 2};
-    constexpr Bytes kValues = "0123456789.ABCDEFGH..JKLMN.P.R..STUVWXYZ";
-    const char stored = vin[8];
-    if (!isDigit(stored) && stored != 'X') return false;
-    int sum = 0;
-    for (std::size_t i = 0; i < kVinLength; ++i) {
-        sum += kWeights[i] * static_cast<int>(kValues.find(vin[i]) % 10);
-    }
-    return sum % 11 == (stored == 'X' ? 10 : stored - '0');
+// The 17 characters the VIN reader keeps of a label scan.
+Bytes vinCore(Bytes text) {
+    return parser::vin::stripLabelNoise(text).view();
 }
 
 // ---- GS1 element strings --------------------------------------------------
@@ -355,7 +315,7 @@ bool uniformedServicesId(const Facts& facts) noexcept {
 }
 
 bool vinChecked(const Facts& f) noexcept {
-    return f.vin.size() == kVinLength && allOf(f.vin, isVinChar) && vinCheckHolds(f.vin);
+    return f.vin.size() == kVinLength && allOf(f.vin, isVinChar) && parser::vin::checkDigitMatches(f.vin);
 }
 
 bool vinShaped(const Facts& f) noexcept {
@@ -365,7 +325,7 @@ bool vinShaped(const Facts& f) noexcept {
 bool vinLookAlikes(const Facts& f) noexcept {
     if (f.vin.size() != kVinLength) return false;
     for (char c : f.vin) {
-        if (!isVinChar(vinLookAlike(c))) return false;
+        if (!isVinChar(parser::vin::readLookAlike(c))) return false;
     }
     return true;
 }

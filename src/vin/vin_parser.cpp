@@ -122,21 +122,6 @@ const char* regionOf(unsigned char first, unsigned char second) {
     return kUnassigned;
 }
 
-// Scanners misread these letters, which a VIN never contains, for the digits
-// they resemble.
-char compensate(char c) {
-    switch (c) {
-        case 'I':
-            return '1';
-        case 'O':
-            return '0';
-        case 'Q':
-            return '9';
-        default:
-            return c;
-    }
-}
-
 constexpr std::array<std::uint8_t, 256> buildTransliterationValues() {
     // Bytes outside the table count 0; a VIN that passed the charset test has none.
     std::array<std::uint8_t, 256> values{};
@@ -151,23 +136,6 @@ constexpr std::array<std::uint8_t, 256> kTransliterationValues = buildTransliter
 
 int transliterate(char c) {
     return kTransliterationValues[static_cast<unsigned char>(c)];
-}
-
-bool checkDigitMatches(std::string_view vin) {
-    const char stored = vin[kCheckDigitPosition];
-    int expected = 0;
-    if (stored >= '0' && stored <= '9') {
-        expected = stored - '0';
-    } else if (stored == 'X') {
-        expected = 10;
-    } else {
-        return false;
-    }
-    int sum = 0;
-    for (std::size_t i = 0; i < kVinLength; ++i) {
-        sum += kCheckDigitWeights[i] * transliterate(vin[i]);
-    }
-    return sum % 11 == expected;
 }
 
 enum class Standard { NorthAmerica, Eu, Iso };
@@ -224,9 +192,46 @@ nlohmann::json modelYear(char code) {
     return years;
 }
 
-// Label scans wrap the number in noise: a caption such as "VIN " before it,
-// a counter after it, or stray bytes such as quotes at the ends.
-ParserStringRef stripNoise(ParserStringRef input) {
+std::string mustBeABoolean(const std::string& key) {
+    return "option '" + key + "' must be a boolean";
+}
+
+}  // namespace
+
+namespace vin {
+
+char readLookAlike(char c) noexcept {
+    switch (c) {
+        case 'I':
+            return '1';
+        case 'O':
+            return '0';
+        case 'Q':
+            return '9';
+        default:
+            return c;
+    }
+}
+
+bool checkDigitMatches(std::string_view vin) {
+    QVX_REQUIRE(vin.size() == kVinLength, "precondition failed: vin.size() == 17");
+    const char stored = vin[kCheckDigitPosition];
+    int expected = 0;
+    if (stored >= '0' && stored <= '9') {
+        expected = stored - '0';
+    } else if (stored == 'X') {
+        expected = 10;
+    } else {
+        return false;
+    }
+    int sum = 0;
+    for (std::size_t i = 0; i < kVinLength; ++i) {
+        sum += kCheckDigitWeights[i] * transliterate(vin[i]);
+    }
+    return sum % 11 == expected;
+}
+
+ParserStringRef stripLabelNoise(ParserStringRef input) {
     if (input.size() <= kVinLength) return input;
     ParserStringRef text = trimWhitespace(input);
 
@@ -250,14 +255,10 @@ ParserStringRef stripNoise(ParserStringRef input) {
     }
 }
 
-std::string mustBeABoolean(const std::string& key) {
-    return "option '" + key + "' must be a boolean";
-}
-
-}  // namespace
+}  // namespace vin
 
 std::unique_ptr<ParserResult> VinParser::parse(ParserStringRef input) {
-    const ParserStringRef text = stripNoise(input);
+    const ParserStringRef text = vin::stripLabelNoise(input);
     auto result = std::make_unique<ParserResult>();
 
     if (text.size() != kVinLength) {
@@ -268,7 +269,7 @@ std::unique_ptr<ParserResult> VinParser::parse(ParserStringRef input) {
     std::array<char, kVinLength> copy{};
     std::copy(text.begin(), text.end(), copy.begin());
     if (falsePositiveCompensation_) {
-        for (char& c : copy) c = compensate(c);
+        for (char& c : copy) c = vin::readLookAlike(c);
     }
     const std::string_view vin(copy.data(), copy.size());
 
@@ -280,7 +281,7 @@ std::unique_ptr<ParserResult> VinParser::parse(ParserStringRef input) {
         }
     }
 
-    const bool passedChecksum = checkDigitMatches(vin);
+    const bool passedChecksum = vin::checkDigitMatches(vin);
     if (!passedChecksum && strictMode_) {
         result->setError("checksum verification failed");
         return result;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 #include <nlohmann/json.hpp>
 
 #include "qvx/bc_parser.h"
@@ -18,5 +19,24 @@ class VinParser : public BcParser {
     bool strictMode_ = false;
     bool falsePositiveCompensation_ = false;
 };
+
+// The reader's text handling, shared with format detection so that both see
+// the same 17 characters.
+namespace vin {
+
+// Label scans wrap the number in noise: a caption such as "VIN " before it, a
+// counter after it, or stray bytes such as quotes at the ends. Returns the
+// part the reader takes for the number; texts of 17 bytes or fewer as they are.
+ParserStringRef stripLabelNoise(ParserStringRef input);
+
+// Scanners misread I, O and Q, which a VIN never contains, for the digits 1,
+// 0 and 9 they resemble; any other character comes back as it is.
+char readLookAlike(char c) noexcept;
+
+// Whether position 9 holds the check digit of the other 16 (49 CFR 565).
+// `vin` must be 17 characters.
+bool checkDigitMatches(std::string_view vin);
+
+}  // namespace vin
 
 }  // namespace parser
