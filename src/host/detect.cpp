@@ -315,7 +315,8 @@ bool uniformedServicesId(const Facts& facts) noexcept {
 }
 
 bool vinChecked(const Facts& f) noexcept {
-    return f.vin.size() == kVinLength && allOf(f.vin, isVinChar) && parser::vin::checkDigitMatches(f.vin);
+    return f.vin.size() == kVinLength && allOf(f.vin, isVinChar) &&
+           parser::vin::checkDigitMatches(f.vin);
 }
 
 bool vinShaped(const Facts& f) noexcept {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <memory>
-#include <string_view>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "qvx/bc_parser.h"
 
