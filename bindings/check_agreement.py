@@ -4,11 +4,16 @@
 Every bundled sample (examples/samples/<format>[.<variant>].txt, all bytes)
 and every conformance case (tests/data/<format>/*.json, its input and
 options) becomes one batch line. The same lines go through the Python module
-and, when given, the JavaScript package; each answer is turned into the shape
-of a batch output line and compared with the batch answer as JSON values.
+and, when given, the JavaScript package and the Objective-C classes (through
+the line runner tests/objc/objc_batch.mm); each answer is turned into the
+shape of a batch output line and compared with the batch answer as JSON
+values. The Objective-C classes name six formats and take options as a
+dictionary, and their results carry no warnings: lines outside that reach are
+skipped there, and warnings are left out of the comparison.
 
     check_agreement.py --qvx-parse build/default/tools/qvx-parse \\
-        [--python build/default/python] [--js build/js/qvx-js]
+        [--python build/default/python] [--js build/default/js/qvx-js] \\
+        [--objc build/default/objc/qvx_objc_batch]
 
 Exit 0 when every layer agrees on every line, 1 otherwise.
 """
@@ -103,6 +108,22 @@ def run_js(package, lines):
     return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
 
 
+def run_objc(runner, lines):
+    text = "".join(json.dumps(line) + "\n" for line in lines)
+    done = subprocess.run([runner], input=text.encode(), capture_output=True, check=True)
+    return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
+
+
+def compare_objc(runner, cases, expected):
+    answers = run_objc(runner, [line for _, line, _ in cases])
+    if len(answers) != len(expected):
+        return compare("objc", cases, expected, answers)
+    kept = [(case, {k: v for k, v in want.items() if k != "warnings"}, got)
+            for case, want, got in zip(cases, expected, answers) if "skipped" not in got]
+    return compare("objc", [c for c, _, _ in kept], [w for _, w, _ in kept],
+                   [g for _, _, g in kept])
+
+
 def compare(layer, cases, expected, answers):
     bad = [(label, want, got)
            for (label, _, _), want, got in zip(cases, expected, answers) if want != got]
@@ -119,6 +140,7 @@ def main():
     args.add_argument("--qvx-parse", required=True)
     args.add_argument("--python", help="directory holding the package qvx")
     args.add_argument("--js", help="directory of the JavaScript package")
+    args.add_argument("--objc", help="the Objective-C line runner, qvx_objc_batch")
     options = args.parse_args()
 
     cases = collect_cases()
@@ -132,6 +154,8 @@ def main():
         ok = compare("python", cases, expected, answers) and ok
     if options.js:
         ok = compare("js", cases, expected, run_js(options.js, lines)) and ok
+    if options.objc:
+        ok = compare_objc(options.objc, cases, expected) and ok
     return 0 if ok else 1
 
 

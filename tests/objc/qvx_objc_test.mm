@@ -3,7 +3,9 @@
 // delegate. Every test body runs in an autorelease pool.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/objc/QVXParser.h"
@@ -289,6 +291,42 @@ TEST(ObjcDeserializer, FailuresBecomeDeserializerErrors) {
                                           @"\"options\":{\"strictMode\":true}}"
                                     error:&error]);
     EXPECT_EQ([vin cppImpl]->optionsToJSON()["strict_mode"], true);
+}
+
+// The leak checker cannot see a wrapper that is never released (see the
+// suppressions above), but the core object it holds outlives it then.
+TEST(ObjcMemory, ReleasedWrappersLetGoOfTheirCoreObjects) {
+    std::vector<std::pair<std::string, std::weak_ptr<void>>> held;
+    {
+        Pool pool;
+        QVXParser* parser = makeParser(QVXParserDataFormatHibc);
+        QVXParsedData* data = [parser parseString:@"+H123GLOVE5/$$3270630LOT8841/16D20240630D"
+                                            error:nullptr];
+        ASSERT_NE(data, nil);
+        QVXParsedField* field = [[data fields] objectAtIndex:0];
+        QVXParserIssue* issue = [[(QVXParserIssue*)[QVXParserIssue alloc]
+            initWithCpp:std::make_shared<parser::ParserIssue>("message")] autorelease];
+        (void)[data fieldsByName];
+        (void)[field warnings];
+
+        RecordingDelegate* delegate = [[[RecordingDelegate alloc] init] autorelease];
+        QVXParserDeserializer* deserializer = [QVXParserDeserializer parserDeserializer];
+        [deserializer setDelegate:delegate];
+        QVXParser* described =
+            [deserializer parserFromJSONString:@"{\"type\":\"parser\",\"dataFormat\":\"vin\"}"
+                                       context:[QVXTrovaneContext context]
+                                         error:nullptr];
+        ASSERT_NE(described, nil);
+        ASSERT_EQ(delegate->calls.size(), 2U);
+
+        held = {{"parser", [parser typeErasedCppImpl]},
+                {"parsed data", [data typeErasedCppImpl]},
+                {"field", [field typeErasedCppImpl]},
+                {"issue", [issue typeErasedCppImpl]},
+                {"deserializer", [deserializer typeErasedCppImpl]},
+                {"described parser", [described typeErasedCppImpl]}};
+    }
+    for (const auto& [what, weak] : held) EXPECT_TRUE(weak.expired()) << what;
 }
 
 TEST(ObjcLoading, TheLayerRegistersItsBundle) {
