@@ -61,6 +61,8 @@ case "${1:-}" in
         ;;
     test)
         deps
+        # Each test is a process of its own: run as many at once as there are cores.
+        export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$(nproc)}"
         cmake --workflow --preset default
         cmake --workflow --preset debug-asan
         if command -v clang++-14 >/dev/null; then
