@@ -67,10 +67,10 @@ def collect_cases():
     return cases
 
 
-def run_batch(qvx_parse, lines):
+def answers(command, lines):
+    """Runs `command` with the lines as JSON Lines on stdin; one answer per output line."""
     text = "".join(json.dumps(line) + "\n" for line in lines)
-    done = subprocess.run([qvx_parse, "--batch"], input=text.encode(), capture_output=True,
-                          check=True)
+    done = subprocess.run(command, input=text.encode(), capture_output=True, check=True)
     return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
 
 
@@ -101,34 +101,21 @@ def python_answer(qvx, line, data):
     return {"fields": fields, "ok": True, "warnings": result.warnings}
 
 
-def run_js(package, lines):
-    text = "".join(json.dumps(line) + "\n" for line in lines)
-    done = subprocess.run(["node", "-e", JS_RUNNER, str(pathlib.Path(package).resolve())],
-                          input=text.encode(), capture_output=True, check=True)
-    return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
-
-
-def run_objc(runner, lines):
-    text = "".join(json.dumps(line) + "\n" for line in lines)
-    done = subprocess.run([runner], input=text.encode(), capture_output=True, check=True)
-    return [json.loads(answer) for answer in done.stdout.decode().splitlines()]
-
-
 def compare_objc(runner, cases, expected):
-    answers = run_objc(runner, [line for _, line, _ in cases])
-    if len(answers) != len(expected):
-        return compare("objc", cases, expected, answers)
-    kept = [(case, {k: v for k, v in want.items() if k != "warnings"}, got)
-            for case, want, got in zip(cases, expected, answers) if "skipped" not in got]
+    got = answers([runner], [line for _, line, _ in cases])
+    if len(got) != len(expected):
+        return compare("objc", cases, expected, got)
+    kept = [(case, {k: v for k, v in want.items() if k != "warnings"}, answer)
+            for case, want, answer in zip(cases, expected, got) if "skipped" not in answer]
     return compare("objc", [c for c, _, _ in kept], [w for _, w, _ in kept],
                    [g for _, _, g in kept])
 
 
-def compare(layer, cases, expected, answers):
+def compare(layer, cases, expected, answered):
     bad = [(label, want, got)
-           for (label, _, _), want, got in zip(cases, expected, answers) if want != got]
-    if len(answers) != len(expected):
-        bad.append(("(count)", len(expected), len(answers)))
+           for (label, _, _), want, got in zip(cases, expected, answered) if want != got]
+    if len(answered) != len(expected):
+        bad.append(("(count)", len(expected), len(answered)))
     print(f"{layer}: {len(expected) - len(bad)} of {len(expected)} lines agree")
     for label, want, got in bad[:10]:
         print(f"  {label}\n    batch: {json.dumps(want)}\n    {layer}: {json.dumps(got)}")
@@ -145,15 +132,16 @@ def main():
 
     cases = collect_cases()
     lines = [line for _, line, _ in cases]
-    expected = run_batch(options.qvx_parse, lines)
+    expected = answers([options.qvx_parse, "--batch"], lines)
     ok = True
     if options.python:
         sys.path.insert(0, options.python)
         import qvx  # pylint: disable=import-outside-toplevel
-        answers = [python_answer(qvx, line, data) for _, line, data in cases]
-        ok = compare("python", cases, expected, answers) and ok
+        got = [python_answer(qvx, line, data) for _, line, data in cases]
+        ok = compare("python", cases, expected, got) and ok
     if options.js:
-        ok = compare("js", cases, expected, run_js(options.js, lines)) and ok
+        js = ["node", "-e", JS_RUNNER, str(pathlib.Path(options.js).resolve())]
+        ok = compare("js", cases, expected, answers(js, lines)) and ok
     if options.objc:
         ok = compare_objc(options.objc, cases, expected) and ok
     return 0 if ok else 1
